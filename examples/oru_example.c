@@ -1,0 +1,45 @@
+/*
+ * A tour of the runtime core: how system errors become result codes, and the
+ * locale-independent ASCII and byte-order helpers.
+ */
+#include <oru/oru.h>
+
+#include <errno.h>
+#include <stdio.h>
+
+static void show_result(const char* origin, oruResult r) {
+  printf("  %-28s -> 0x%08x  %s\n", origin, (unsigned)r, ORU_FAILED(r) ? "failure" : "success");
+}
+
+int main(void) {
+  static const char* const words[] = {"Hello", "hELLO", "HELP", "_under", "apple", "Apple"};
+  size_t i, j;
+
+  if (oruInitialize() != ORU_OK) return 1;
+
+  puts("System errors as oru results:");
+  show_result("errno ENOENT", _oru_map_posix_error(ENOENT));
+  show_result("errno ENOTDIR", _oru_map_posix_error(ENOTDIR));
+  show_result("errno 99 (no name of ours)", _oru_map_posix_error(99));
+  show_result("Win32 ERROR_ACCESS_DENIED", _oru_map_win32_error(5));
+  show_result("Win32 2403 (falls through)", _oru_map_win32_error(2403));
+  show_result("Win32 0", _oru_map_win32_error(0));
+
+  puts("\nASCII case-insensitive order, whatever the locale:");
+  for (i = 0; i < sizeof words / sizeof words[0]; ++i) {
+    for (j = i + 1; j < sizeof words / sizeof words[0]; ++j) {
+      int c = oruASCIIStrCaseCmp(words[i], words[j], -1);
+      printf("  %-7s %c %s\n", words[i], c < 0 ? '<' : c > 0 ? '>' : '=', words[j]);
+    }
+  }
+
+  puts("\nCharacter classes (isPrint counts tab as printable):");
+  printf("  isPrint('\\t')=%d isGraph(' ')=%d isAlpha(0xE9)=%d toUpper('q')=%c\n",
+         oruASCIIisPrint('\t') != 0, oruASCIIisGraph(' ') != 0,
+         oruASCIIisAlpha((char)0xE9) != 0, oruASCIIToUpper('q'));
+
+  puts("\nByte order on this host:");
+  printf("  oruBE2Host32(0x11223344) = 0x%08x\n", (unsigned)oruBE2Host32(0x11223344u));
+  printf("  oruLE2Host32(0x11223344) = 0x%08x\n", (unsigned)oruLE2Host32(0x11223344u));
+  return 0;
+}

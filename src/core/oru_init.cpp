@@ -1,0 +1,7 @@
+// Start-up.  Every facility with global state initialises itself on first
+// use, so there is nothing to do here; the call exists so that applications
+// have a formal start-up point.
+
+#include "core/oru_internal.h"
+
+extern "C" ORU_API oruResult oruInitialize(void) { return ORU_OK; }

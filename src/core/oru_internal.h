@@ -1,0 +1,41 @@
+// Shared by the library's own modules; not installed.
+#ifndef ORU_SRC_CORE_ORU_INTERNAL_H
+#define ORU_SRC_CORE_ORU_INTERNAL_H
+
+#include "oru/core.h"
+
+#include <cerrno>
+#include <cstdint>
+
+// Exports a second name for a function defined in the same translation unit,
+// so both names are one symbol (one address), not a wrapper.
+#if defined(__ELF__)
+#  define ORU_ALIAS(target) __attribute__((alias(#target)))
+#else
+#  error "ORU_ALIAS needs a backend for this object format"
+#endif
+
+// The translators under the names the modules use.
+inline oruResult oru_map_posix_error(int err) { return _oru_map_posix_error(err); }
+inline oruResult oru_map_win32_error(uint32_t err) { return _oru_map_win32_error(err); }
+inline oruResult oru_map_last_win32_error() { return _oru_map_last_win32_error(); }
+
+// The system error number that reports an allocation failure to
+// oru_fatal_error: ERROR_OUTOFMEMORY on Windows, ENOMEM elsewhere.
+#if defined(_WIN32)
+inline constexpr unsigned long ORU_FATAL_OUT_OF_MEMORY = 14;
+#else
+inline constexpr unsigned long ORU_FATAL_OUT_OF_MEMORY = ENOMEM;
+#endif
+
+// Ends the process after a system failure that cannot be reported to the
+// caller.  err is the system's error number (GetLastError() on Windows, the
+// errno-style value returned or set by the failing call elsewhere); context
+// names the failing step, e.g. "initialize[oru_thread]: TlsAlloc".
+// The text "<context>: <system message>" is shown with the caption
+// "Fatal YDA error" (on POSIX written to standard error as
+// "Fatal YDA error: <context>: <system message>") and the process exits with
+// code 1.
+[[noreturn]] void oru_fatal_error(unsigned long err, const char* context) noexcept;
+
+#endif  // ORU_SRC_CORE_ORU_INTERNAL_H

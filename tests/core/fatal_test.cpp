@@ -1,0 +1,36 @@
+// The fatal-error routine: caption, context, system text, exit code 1.
+
+#include "core/oru_internal.h"
+
+#include <gtest/gtest.h>
+
+#include <cerrno>
+#include <string>
+
+namespace {
+
+TEST(FatalErrorDeathTest, WritesCaptionContextAndSystemTextThenExits1) {
+  EXPECT_EXIT(oru_fatal_error(EAGAIN, "initialize[oru_thread]: CreateThread"),
+              testing::ExitedWithCode(1),
+              "^Fatal YDA error: initialize\\[oru_thread\\]: CreateThread: "
+              "Resource temporarily unavailable\n$");
+}
+
+TEST(FatalErrorDeathTest, AllocationFailureNamesMemory) {
+  EXPECT_EXIT(oru_fatal_error(ORU_FATAL_OUT_OF_MEMORY, "reaper[oru_thread]: calloc"),
+              testing::ExitedWithCode(1),
+              "^Fatal YDA error: reaper\\[oru_thread\\]: calloc: Cannot allocate memory\n$");
+}
+
+TEST(FatalErrorDeathTest, LongContextIsCutNotOverrun) {
+  std::string context(3000, 'x');
+  EXPECT_EXIT(oru_fatal_error(EIO, context.c_str()), testing::ExitedWithCode(1),
+              "^Fatal YDA error: x+\n$");
+}
+
+TEST(FatalErrorDeathTest, UnknownNumberStillGivesAText) {
+  EXPECT_EXIT(oru_fatal_error(999999, "ctx"), testing::ExitedWithCode(1),
+              "^Fatal YDA error: ctx: .+\n$");
+}
+
+}  // namespace
