@@ -78,7 +78,9 @@ ORU_API int oruASCIIToUpper(char c) { return asciiUpper[static_cast<unsigned cha
 
 ORU_API int oruASCIIStrCaseCmp(const char* a, const char* b, int64_t n) {
   if (n == 0) return 0;
-  // A negative count never reaches zero below: it compares to the terminator.
+  // A negative count means no limit; no string is long enough to use up
+  // UINT64_MAX.  Counting down unsigned also keeps INT64_MIN from overflowing.
+  uint64_t left = n < 0 ? UINT64_MAX : static_cast<uint64_t>(n);
   for (;;) {
     int x = static_cast<unsigned char>(*a++);
     int y = static_cast<unsigned char>(*b++);
@@ -90,7 +92,7 @@ ORU_API int oruASCIIStrCaseCmp(const char* a, const char* b, int64_t n) {
       y = asciiLower[static_cast<size_t>(y)];
     }
     if (x != y) return x - y;
-    if (--n == 0) return 0;
+    if (--left == 0) return 0;
   }
 }
 
