@@ -9,26 +9,33 @@
 
 namespace {
 
-TEST(FatalErrorDeathTest, WritesCaptionContextAndSystemTextThenExits1) {
+// Other tests of this binary start the library's background thread; a death
+// test that only forks would inherit its locks in whatever state they were.
+class FatalErrorDeathTest : public testing::Test {
+ protected:
+  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+};
+
+TEST_F(FatalErrorDeathTest, WritesCaptionContextAndSystemTextThenExits1) {
   EXPECT_EXIT(oru_fatal_error(EAGAIN, "initialize[oru_thread]: CreateThread"),
               testing::ExitedWithCode(1),
               "^Fatal YDA error: initialize\\[oru_thread\\]: CreateThread: "
               "Resource temporarily unavailable\n$");
 }
 
-TEST(FatalErrorDeathTest, AllocationFailureNamesMemory) {
+TEST_F(FatalErrorDeathTest, AllocationFailureNamesMemory) {
   EXPECT_EXIT(oru_fatal_error(ORU_FATAL_OUT_OF_MEMORY, "reaper[oru_thread]: calloc"),
               testing::ExitedWithCode(1),
               "^Fatal YDA error: reaper\\[oru_thread\\]: calloc: Cannot allocate memory\n$");
 }
 
-TEST(FatalErrorDeathTest, LongContextIsCutNotOverrun) {
+TEST_F(FatalErrorDeathTest, LongContextIsCutNotOverrun) {
   std::string context(3000, 'x');
   EXPECT_EXIT(oru_fatal_error(EIO, context.c_str()), testing::ExitedWithCode(1),
               "^Fatal YDA error: x+\n$");
 }
 
-TEST(FatalErrorDeathTest, UnknownNumberStillGivesAText) {
+TEST_F(FatalErrorDeathTest, UnknownNumberStillGivesAText) {
   EXPECT_EXIT(oru_fatal_error(999999, "ctx"), testing::ExitedWithCode(1),
               "^Fatal YDA error: ctx: .+\n$");
 }
