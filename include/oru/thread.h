@@ -1,14 +1,153 @@
 /*
- * oru/thread.h - threads, mutexes, condition variables, once-initialisation, atomics and thread-local storage.
+ * oru/thread.h - threads, mutexes, condition variables, once-initialisation,
+ * atomics and thread-local storage.
  */
 #ifndef ORU_THREAD_H
 #define ORU_THREAD_H
 
 #include "oru/core.h"
+#include "oru/time.h"
 
 #ifdef __cplusplus
 extern "C" {
 #endif
+
+#if defined(__GNUC__)
+#  define ORU_NORETURN __attribute__((noreturn))
+#else
+#  define ORU_NORETURN
+#endif
+
+/*
+ * Mutexes, condition variables and once-controls are caller-owned,
+ * pointer-sized slots.  A slot that is NULL is not initialised (or has been
+ * destroyed); the library stores a pointer to its own object in it.
+ */
+typedef struct oruMutexObject* oruMutex;
+typedef struct oruCondVarObject* oruCondVar;
+typedef struct oruOnceControl* oruOnce;
+
+/* Start value of an oruOnce (a plain NULL does as well). */
+#define ORU_ONCE_INIT NULL
+
+/*
+ * Mutexes are recursive: the owner may lock again, and unlocks as often.
+ * A null slot (or a null pointer to one) gives ORU_E_INVALID_ARG, except in
+ * oruMutexDestroy, where it is ORU_OK.  oruMutexTryLock gives ORU_E_BUSY when
+ * another thread holds the mutex.  Unlocking a mutex the caller does not hold
+ * gives ORU_E_ACCESS_DENIED.
+ */
+ORU_API oruResult oruMutexInit(oruMutex* mutex);
+ORU_API oruResult oruMutexDestroy(oruMutex* mutex);
+ORU_API oruResult oruMutexLock(oruMutex* mutex);
+ORU_API oruResult oruMutexTryLock(oruMutex* mutex);
+ORU_API oruResult oruMutexUnlock(oruMutex* mutex);
+
+/*
+ * Condition variables, used with a mutex of this library held by the
+ * caller.  A signal releases one thread that is waiting at that moment and is
+ * not remembered when nobody waits; a broadcast releases every waiting
+ * thread.  Waiters re-check their predicate: a wake-up says only that the
+ * predicate may have changed.
+ *
+ * oruCondVarDestroy gives ORU_E_BUSY while a thread waits; the variable then
+ * stays usable.
+ *
+ * oruCondVarTimedWait waits until an absolute time (see oruGetCurrentTime).
+ * It gives ORU_E_TIMEDOUT when the time passes.  If the deadline has already
+ * passed on entry it returns ORU_E_TIMEDOUT at once WITHOUT taking the
+ * caller's mutex again: the caller then no longer holds it.  On every other
+ * path the mutex is held again on return.
+ */
+ORU_API oruResult oruCondVarInit(oruCondVar* condVar);
+ORU_API oruResult oruCondVarDestroy(oruCondVar* condVar);
+ORU_API oruResult oruCondVarSignal(oruCondVar* condVar);
+ORU_API oruResult oruCondVarBroadcast(oruCondVar* condVar);
+ORU_API oruResult oruCondVarWait(oruCondVar* condVar, oruMutex* mutex);
+ORU_API oruResult oruCondVarTimedWait(oruCondVar* condVar, oruMutex* mutex,
+                                      const oruTimeVal* deadline);
+
+/*
+ * Runs init exactly once per slot.  Threads that arrive while it runs wait
+ * until it has finished; a call on the same slot from inside init returns
+ * ORU_OK at once.  The slot starts as ORU_ONCE_INIT.
+ */
+ORU_API oruResult oruInitOnce(oruOnce* once, void (*init)(void));
+
+/*
+ * Atomic counters with a full barrier.  Only the sign of the new value is
+ * reported: 1 if positive, 0 if zero, -1 if negative (so an increment that
+ * wraps from the largest value reports 1, and likewise a decrement that
+ * wraps from the smallest).  A null pointer changes nothing and gives 0.
+ */
+ORU_API int oruAtomicIncrement(int32_t* value);
+ORU_API int oruAtomicDecrement(int32_t* value);
+
+/*
+ * Threads.
+ *
+ * An oruThread is a handle number, not an address: every thread known to the
+ * library gets a fresh one, and numbers are not reused.  Two handles denote
+ * the same thread exactly when they are equal.  A handle that the library
+ * never gave out, or whose thread has been released (joined or detached,
+ * and ended), is simply unknown: join and detach give ORU_E_NO_SUCH_PROCESS
+ * and nothing is touched.
+ */
+typedef struct oruThreadHandle* oruThread;
+
+/* The start routine; its result is the thread's exit status. */
+typedef unsigned (*oruThreadStart)(void* arg);
+
+/* oruThreadCreate flag: create the thread detached. */
+#define ORU_THREAD_DETACHED 1
+
+/* Starts a thread running start(arg).  stackSize 0 means the default set by
+ * oruSetDefaultStackSize (or the system's).  Flags other than
+ * ORU_THREAD_DETACHED are ignored.  The handle belongs to the library. */
+ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize,
+                                  oruThreadStart start, void* arg);
+
+/* Waits for a joinable thread to end and stores its exit status (a null
+ * exitStatus is allowed).  ORU_E_INVALID_ARG for a detached, already joined
+ * or adopted thread, ORU_E_NO_SUCH_PROCESS for an unknown handle.  A thread
+ * joining itself gets the translation of EDEADLK. */
+ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus);
+
+/* Lets a thread's resources go when it ends; it can no longer be joined. */
+ORU_API oruResult oruThreadDetach(oruThread thread);
+
+/* Ends the calling thread with the given exit status. */
+ORU_API ORU_NORETURN void oruThreadExit(unsigned status);
+
+/* The calling thread's handle.  A thread the library did not create gets one
+ * on first contact (it counts as detached).  NULL only when memory for that
+ * is exhausted. */
+ORU_API oruThread oruThreadSelf(void);
+
+/* 1 if both handles denote the same thread, else 0. */
+ORU_API int oruThreadEqual(oruThread a, oruThread b);
+
+/* The stack size for threads created with stackSize 0; 0 is the system's
+ * default.  Always ORU_OK. */
+ORU_API oruResult oruSetDefaultStackSize(size_t size);
+
+/*
+ * Thread-local storage.  Keys are small numbers, handed out lowest first; a
+ * deleted key is the next one handed out.  A key's destructor runs on the
+ * old value when oruTlsSet replaces a non-null value (even with the same
+ * pointer), and on the values left when the thread's record is released,
+ * which happens on a library thread after the owning thread has ended.
+ * Destructors must not call the thread or thread-local functions.
+ */
+typedef uint32_t oruTlsKey;
+
+ORU_API oruResult oruTlsKeyCreate(oruTlsKey* key, void (*destructor)(void* value));
+/* Values held under a deleted key are left alone: neither destroyed nor
+ * cleared. */
+ORU_API oruResult oruTlsKeyDelete(oruTlsKey key);
+ORU_API oruResult oruTlsSet(oruTlsKey key, void* value);
+/* NULL when the calling thread has stored nothing under the key. */
+ORU_API void* oruTlsGet(oruTlsKey key);
 
 #ifdef __cplusplus
 }

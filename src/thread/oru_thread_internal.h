@@ -1,0 +1,75 @@
+// The thread module's shared state: the per-thread record, the thread table,
+// and what the thread-local storage needs from the thread part.
+//
+// Locks, in this order only: the thread lock (table, reaper queue, detached
+// and ended flags), then the key lock (thread-local key table).
+#ifndef ORU_SRC_THREAD_ORU_THREAD_INTERNAL_H
+#define ORU_SRC_THREAD_ORU_THREAD_INTERNAL_H
+
+#include "oru/thread.h"
+
+#include <cstdint>
+#include <pthread.h>
+
+namespace oru::thread {
+
+// The id of a thread the library did not create (an adopted thread).
+inline constexpr uint32_t kAdoptedThreadId = 0xFFFFFFFFu;
+
+// One per thread known to the library.  Allocated zero-filled; freed only by
+// the reaper, once the thread has ended and nobody can join it any more.
+struct ThreadData {
+  ThreadData* next;       // next record in the same bucket of the table
+  ThreadData* reap_next;  // next record in the reaper queue
+  uintptr_t handle;       // the thread's oruThread, also the table key
+  uint32_t id;            // system thread id, or kAdoptedThreadId
+  uint32_t detached;      // handed to the reaper (detached, joined or adopted)
+  uint32_t tls_count;     // slots in tls_values
+  void** tls_values;      // thread-local values, indexed by key
+  // Set (under the thread lock) when the thread has finished with the
+  // library: its start routine returned, or it exited.
+  uint32_t ended;
+  unsigned exit_status;   // valid once ended
+  unsigned exit_pending;  // the status oruThreadExit leaves for the end
+  pthread_t system_thread;  // created threads only
+};
+
+// The thread table: records by handle.  Handles are multiples of 4, so the
+// bucket is (handle >> 2) & 255.  The thread lock guards it.
+class ThreadTable {
+ public:
+  void insert(ThreadData* record);
+  ThreadData* find(uintptr_t handle) const;
+  // False when the record is not in the table.
+  bool remove(ThreadData* record);
+
+ private:
+  static constexpr unsigned kBuckets = 256;
+  static unsigned bucket(uintptr_t handle) { return (handle >> 2) & (kBuckets - 1); }
+  ThreadData* buckets_[kBuckets] = {};
+};
+
+// The calling thread's record, or null.  Read without a lock: each thread
+// writes only its own.
+extern constinit thread_local ThreadData* t_self __attribute__((tls_model("initial-exec")));
+
+// The module's one-time set-up (threads, reaper, key table).
+void ensure_initialized();
+
+// The calling thread's record, adopting the thread if it has none yet;
+// null only when memory for a record is exhausted.
+ThreadData* get_self();
+
+// The key lock of the thread-local key table.
+void lock_keys();
+void unlock_keys();
+
+// Thread-local storage hooks for the thread part.
+bool tls_initialize_keys();  // false when the table cannot be allocated
+uint32_t tls_key_capacity();  // key lock held
+// The destructor rounds over an ended thread's values; both locks held.
+void tls_run_destructors(ThreadData* record);
+
+}  // namespace oru::thread
+
+#endif  // ORU_SRC_THREAD_ORU_THREAD_INTERNAL_H
