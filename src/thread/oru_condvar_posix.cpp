@@ -50,14 +50,12 @@ namespace {
 // Waiters time their sleep on the monotonic clock, so that setting the
 // system clock neither stretches nor shortens a timed wait once it has
 // started (the deadline itself is read on the real-time clock, on entry).
+// Never destroyed: threads may still be waiting while the process exits.
 class WaiterConditionAttributes {
  public:
   WaiterConditionAttributes() {
     usable_ = pthread_condattr_init(&attributes_) == 0;
     if (usable_) pthread_condattr_setclock(&attributes_, CLOCK_MONOTONIC);
-  }
-  ~WaiterConditionAttributes() {
-    if (usable_) pthread_condattr_destroy(&attributes_);
   }
   WaiterConditionAttributes(const WaiterConditionAttributes&) = delete;
   WaiterConditionAttributes& operator=(const WaiterConditionAttributes&) = delete;
@@ -71,8 +69,8 @@ class WaiterConditionAttributes {
 };
 
 const WaiterConditionAttributes& waiter_attributes() {
-  static const WaiterConditionAttributes attributes;
-  return attributes;
+  static const auto* attributes = new WaiterConditionAttributes;
+  return *attributes;
 }
 
 inline oruCondVarObject* object_of(oruCondVar* condVar) {

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cerrno>
+#include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <string>
 #include <thread>
@@ -22,63 +24,16 @@ TEST(StrError, SuccessCodesAreUnknown) {
 }
 
 TEST(StrError, LibraryCodesHaveTheirTexts) {
-  struct Case {
-    oruResult code;
-    const char* text;
-  };
-  const Case cases[] = {
-      {ORU_E_INVALID_STATE, "Operation not performed due to invalid state"},
-      {ORU_E_NOT_SUPPORTED, "Operation not supported."},
-      {ORU_E_READ_ONLY, "Read only attribute."},
-      {ORU_E_NULL_POINTER, "Invalid NULL pointer."},
-      {ORU_E_NOT_IMPLEMENTED, "Not implemented"},
-      {ORU_E_NO_INTERFACE, "No such interface supported"},
-      {ORU_E_POINTER, "Invalid pointer"},
-      {ORU_E_ABORT, "Operation aborted"},
-      {ORU_E_FAIL, "Unspecified error"},
-      {ORU_E_BUSY, "Device or resource busy"},
-      {ORU_E_NAME_TOO_LONG, "Filename too long"},
-      {ORU_E_NOT_FOUND, "File or directory not found"},
-      {ORU_E_PATH_NOT_FOUND, "Path not found"},
-      {ORU_E_IS_DIRECTORY, "Is a directory"},
-      {ORU_E_READ_ONLY_FS, "Read-only file system or media"},
-      {ORU_E_NO_SUCH_PROCESS, "No such thread or process"},
-      {ORU_E_AGAIN, "Resource temporarily unavailable"},
-      {ORU_E_NO_SPACE, "No space left on device"},
-      {ORU_E_QUOTA, "Disc quota exceeded"},
-      {ORU_E_EXISTS, "File or directory exists"},
-      {ORU_E_NAME_EXISTS, "Name exists"},
-      {ORU_E_NAME_NOT_FOUND, "Name not found"},
-      {ORU_E_CORRUPTED, "File corrupted"},
-      {ORU_E_BUFFER_TOO_SMALL, "Buffer too small"},
-      {ORU_E_NOT_EMPTY, "Not empty"},
-      {ORU_E_UNKNOWN_USER, "Unknown user"},
-      {ORU_E_HOSTNAME, "Can't get hostname"},
-      {ORU_E_DOMAINNAME, "Can't get domainname"},
-      {ORU_E_ARCHITECTURE, "Can't get architecture"},
-      {ORU_E_SYSTEM_NAME, "Can't get operating system name"},
-      {ORU_E_DSO_LOAD, "Can't load dynamic shared object"},
-      {ORU_E_DSO_UNLOAD, "Can't unload dynamic shared object"},
-      {ORU_E_SYMBOL, "Symbol lookup error"},
-      {ORU_E_TOO_MANY_FILES, "Too many open files"},
-      {ORU_E_EXEC_FORMAT, "Exec format error"},
-      {ORU_E_CROSS_DEVICE, "Not the same device"},
-      {ORU_E_BROKEN_PIPE, "Broken pipe"},
-      {ORU_E_NO_CHILD, "No child processes"},
-      {ORU_E_LOCK_FAILED, "Record lock failed"},
-      {ORU_E_NO_LOCKS, "No record locks available"},
-      {ORU_E_IO, "I/O error"},
-      {ORU_E_NOT_READY, "Device not ready"},
-      {ORU_E_DIR_NOT_EMPTY, "Directory not empty"},
-      {ORU_E_BAD_ADDRESS, "Invalid memory address"},
-      {ORU_E_TIMEDOUT, "Connection timed out"},
-      {ORU_E_ILLEGAL_SEQUENCE, "Illegal byte sequence"},
-      {ORU_E_NOT_REGULAR_FILE, "Not a regular file"},
-      {ORU_E_RANGE, "Result out of range"},
-      {ORU_E_NOT_DIRECTORY, "Is not a directory"},
-      {ORU_E_ARG_OUT_OF_RANGE, "Argument out of range"},
-  };
-  for (const Case& c : cases) EXPECT_EQ(text_of(c.code), c.text) << std::hex << c.code;
+  // Samples across the generic, Win32-style and own facilities; only the
+  // first four texts end in a full stop.
+  EXPECT_EQ(text_of(ORU_E_INVALID_STATE), "Operation not performed due to invalid state");
+  EXPECT_EQ(text_of(ORU_E_NULL_POINTER), "Invalid NULL pointer.");
+  EXPECT_EQ(text_of(ORU_E_FAIL), "Unspecified error");
+  EXPECT_EQ(text_of(ORU_E_BUSY), "Device or resource busy");
+  EXPECT_EQ(text_of(ORU_E_NO_SUCH_PROCESS), "No such thread or process");
+  EXPECT_EQ(text_of(ORU_E_BROKEN_PIPE), "Broken pipe");  // just past the hole
+  EXPECT_EQ(text_of(ORU_E_TIMEDOUT), "Connection timed out");
+  EXPECT_EQ(text_of(ORU_E_ARG_OUT_OF_RANGE), "Argument out of range");
 }
 
 TEST(StrError, UnlistedCodesAreFormatted) {
@@ -111,20 +66,15 @@ TEST(StrError, FormattedTextsArePerThread) {
   const char* mine = oruStrError(0x1);
   ASSERT_NE(mine, nullptr);
   std::thread([] {
-    for (int i = 0; i < 100; ++i) {
-      EXPECT_STREQ(oruStrError(static_cast<oruResult>(0x80040000u + i)),
-                   ("error 0x8004" + std::string(i < 16 ? "000" : "00") +
-                    [i] {
-                      char hex[8];
-                      std::snprintf(hex, sizeof hex, "%x", i);
-                      return std::string(hex);
-                    }())
-                       .c_str());
+    for (uint32_t i = 0; i < 100; ++i) {
+      char expected[32];
+      std::snprintf(expected, sizeof expected, "error %#08x", 0x80040000u + i);
+      EXPECT_STREQ(oruStrError(static_cast<oruResult>(0x80040000u + i)), expected);
     }
   }).join();
   // Another thread's calls leave this thread's text alone.
   EXPECT_STREQ(mine, "unknown result code 0x000001");
-  // Constant texts are not kept per thread either: they outlive any call.
+  // Constant texts outlive later calls.
   const char* constant = oruStrError(ORU_E_FAIL);
   oruStrError(0x2);
   EXPECT_STREQ(constant, "Unspecified error");
