@@ -1,6 +1,6 @@
 /*
- * A tour of the runtime core: how system errors become result codes, and the
- * locale-independent ASCII and byte-order helpers.
+ * A tour of the runtime core: how system errors become result codes and what
+ * their texts are, and the locale-independent ASCII and byte-order helpers.
  */
 #include <oru/oru.h>
 
@@ -8,7 +8,8 @@
 #include <stdio.h>
 
 static void show_result(const char* origin, oruResult r) {
-  printf("  %-28s -> 0x%08x  %s\n", origin, (unsigned)r, ORU_FAILED(r) ? "failure" : "success");
+  const char* text = oruStrError(r);
+  printf("  %-28s -> 0x%08x  %s\n", origin, (unsigned)r, text != NULL ? text : "(no memory)");
 }
 
 int main(void) {
@@ -24,6 +25,8 @@ int main(void) {
   show_result("Win32 ERROR_ACCESS_DENIED", _oru_map_win32_error(5));
   show_result("Win32 2403 (falls through)", _oru_map_win32_error(2403));
   show_result("Win32 0", _oru_map_win32_error(0));
+  show_result("ORU_E_TIMEDOUT", ORU_E_TIMEDOUT);
+  show_result("ORU_E_NO_DEVICE (no text)", ORU_E_NO_DEVICE);
 
   puts("\nASCII case-insensitive order, whatever the locale:");
   for (i = 0; i < sizeof words / sizeof words[0]; ++i) {
