@@ -5,9 +5,9 @@
 
 #include <benchmark/benchmark.h>
 
+#include <pthread.h>
 #include <chrono>
 #include <mutex>
-#include <pthread.h>
 #include <thread>
 
 // The mutex benchmarks run twice: first while the process has one thread
@@ -36,7 +36,6 @@ void BM_OruMutexLockUnlock(benchmark::State& state) {
   oruMutexDestroy(&mutex);
 }
 
-
 void BM_PthreadRecursiveMutexLockUnlock(benchmark::State& state) {
   if (state.range(0) != 0) start_second_thread();
   pthread_mutexattr_t attributes;
@@ -51,7 +50,6 @@ void BM_PthreadRecursiveMutexLockUnlock(benchmark::State& state) {
   }
   pthread_mutex_destroy(&mutex);
 }
-
 
 void BM_StdRecursiveMutexLockUnlock(benchmark::State& state) {
   if (state.range(0) != 0) start_second_thread();

@@ -38,8 +38,8 @@ int main(void) {
 
   puts("\nCharacter classes (isPrint counts tab as printable):");
   printf("  isPrint('\\t')=%d isGraph(' ')=%d isAlpha(0xE9)=%d toUpper('q')=%c\n",
-         oruASCIIisPrint('\t') != 0, oruASCIIisGraph(' ') != 0,
-         oruASCIIisAlpha((char)0xE9) != 0, oruASCIIToUpper('q'));
+         oruASCIIisPrint('\t') != 0, oruASCIIisGraph(' ') != 0, oruASCIIisAlpha((char)0xE9) != 0,
+         oruASCIIToUpper('q'));
 
   puts("\nByte order on this host:");
   printf("  oruBE2Host32(0x11223344) = 0x%08x\n", (unsigned)oruBE2Host32(0x11223344u));

@@ -18,15 +18,15 @@
 
 /* ORU_API marks the exported interface; everything else stays hidden. */
 #if defined(_WIN32)
-#  if defined(ORU_BUILDING_LIBRARY)
-#    define ORU_API __declspec(dllexport)
-#  else
-#    define ORU_API __declspec(dllimport)
-#  endif
-#elif defined(__GNUC__)
-#  define ORU_API __attribute__((visibility("default")))
+#if defined(ORU_BUILDING_LIBRARY)
+#define ORU_API __declspec(dllexport)
 #else
-#  define ORU_API
+#define ORU_API __declspec(dllimport)
+#endif
+#elif defined(__GNUC__)
+#define ORU_API __attribute__((visibility("default")))
+#else
+#define ORU_API
 #endif
 
 #ifdef __cplusplus

@@ -22,8 +22,9 @@ extern "C" {
 #define ORU_CRC16_ARC 0u         /* poly 0x8005, reflected, init 0      */
 #define ORU_CRC16_CCITT_FALSE 1u /* poly 0x1021, init 0xFFFF            */
 #define ORU_CRC16_XMODEM 2u      /* poly 0x1021, init 0                 */
-#define ORU_CRC32 3u             /* poly 0x04C11DB7, reflected, the one
-                                    of zip, PNG and Ethernet            */
+#define ORU_CRC32                           \
+  3u /* poly 0x04C11DB7, reflected, the one \
+        of zip, PNG and Ethernet            */
 
 /* The CRC of length bytes at data under model type.  16-bit models fill
  * the low half of the result.  An unknown type gives 0; an empty buffer
@@ -44,9 +45,9 @@ ORU_API uint64_t oruMurmurHash64(const void* data, size_t length, uint64_t seed)
  * MD5 (RFC 1321), fed incrementally through a caller-owned context.
  */
 typedef struct oruMD5Context {
-    uint32_t state[4];        /* A, B, C, D */
-    uint32_t count[2];        /* message length in bits, low word first */
-    unsigned char buffer[64]; /* input not yet transformed */
+  uint32_t state[4];        /* A, B, C, D */
+  uint32_t count[2];        /* message length in bits, low word first */
+  unsigned char buffer[64]; /* input not yet transformed */
 } oruMD5Context;
 
 /* Starts a digest.  ORU_E_INVALID_ARG for a null context, else ORU_OK. */
@@ -69,7 +70,7 @@ ORU_API void oruMD5Final(unsigned char digest[16], oruMD5Context* context);
 /* The 16 round subkeys in round order, 8 bytes each; every byte holds one
  * 6-bit group of the 48-bit subkey, the group for S-box 1 first. */
 typedef struct oruDESKeySchedule {
-    unsigned char subkeys[128];
+  unsigned char subkeys[128];
 } oruDESKeySchedule;
 
 ORU_API void oruDESKeySetup(const unsigned char key[8], oruDESKeySchedule* schedule);

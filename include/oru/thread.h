@@ -13,9 +13,9 @@ extern "C" {
 #endif
 
 #if defined(__GNUC__)
-#  define ORU_NORETURN __attribute__((noreturn))
+#define ORU_NORETURN __attribute__((noreturn))
 #else
-#  define ORU_NORETURN
+#define ORU_NORETURN
 #endif
 
 /*

@@ -21,9 +21,9 @@ typedef struct oruTimeVal {
  * note that the day of the month comes before the day of the week. */
 typedef struct oruDateTime {
   uint32_t year;
-  uint32_t month;        /* 1 to 12 */
-  uint32_t day;          /* day of the month, 1 to 31 */
-  uint32_t dayOfWeek;    /* 0 = Sunday */
+  uint32_t month;     /* 1 to 12 */
+  uint32_t day;       /* day of the month, 1 to 31 */
+  uint32_t dayOfWeek; /* 0 = Sunday */
   uint32_t hour;
   uint32_t minute;
   uint32_t second;

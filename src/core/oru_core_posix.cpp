@@ -2,10 +2,10 @@
 
 #include "core/oru_internal.h"
 
+#include <unistd.h>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <unistd.h>
 
 namespace {
 
@@ -30,9 +30,7 @@ void write_all(int fd, const char* text, size_t length) {
 }  // namespace
 
 // POSIX has no thread-local Win32 error; its last system error is errno.
-extern "C" ORU_API oruResult _oru_map_last_win32_error(void) {
-  return _oru_map_posix_error(errno);
-}
+extern "C" ORU_API oruResult _oru_map_last_win32_error(void) { return _oru_map_posix_error(errno); }
 
 void oru_fatal_error(unsigned long err, const char* context) noexcept {
   // Built in one buffer and written with a single write(2): stdio may be

@@ -21,21 +21,21 @@ constexpr oruResult win32_fallback(uint32_t err) {
 // Win32 numbers from 2 to 233.
 oruResult map_win32_low(uint32_t err) {
   switch (err) {
-    case 2:    // ERROR_FILE_NOT_FOUND
-    case 51:   // ERROR_REM_NOT_LIST
+    case 2:   // ERROR_FILE_NOT_FOUND
+    case 51:  // ERROR_REM_NOT_LIST
       return ORU_E_NOT_FOUND;
-    case 3:    // ERROR_PATH_NOT_FOUND
+    case 3:  // ERROR_PATH_NOT_FOUND
       return ORU_E_PATH_NOT_FOUND;
     case 4:    // ERROR_TOO_MANY_OPEN_FILES
     case 113:  // ERROR_NO_MORE_SEARCH_HANDLES
       return ORU_E_TOO_MANY_FILES;
-    case 5:    // ERROR_ACCESS_DENIED
-    case 82:   // ERROR_CANNOT_MAKE
+    case 5:   // ERROR_ACCESS_DENIED
+    case 82:  // ERROR_CANNOT_MAKE
       return ORU_E_ACCESS_DENIED;
-    case 6:    // ERROR_INVALID_HANDLE
+    case 6:  // ERROR_INVALID_HANDLE
       return ORU_E_HANDLE;
-    case 8:    // ERROR_NOT_ENOUGH_MEMORY
-    case 14:   // ERROR_OUTOFMEMORY
+    case 8:   // ERROR_NOT_ENOUGH_MEMORY
+    case 14:  // ERROR_OUTOFMEMORY
       return ORU_E_OUT_OF_MEMORY;
     case 11:   // ERROR_BAD_FORMAT
     case 193:  // ERROR_BAD_EXE_FORMAT
@@ -46,19 +46,19 @@ oruResult map_win32_low(uint32_t err) {
     case 131:  // ERROR_NEGATIVE_SEEK
     case 161:  // ERROR_BAD_PATHNAME
       return ORU_E_INVALID_ARG;
-    case 15:   // ERROR_INVALID_DRIVE
-    case 20:   // ERROR_BAD_UNIT
+    case 15:  // ERROR_INVALID_DRIVE
+    case 20:  // ERROR_BAD_UNIT
       return ORU_E_NO_DEVICE;
     case 16:   // ERROR_CURRENT_DIRECTORY
     case 129:  // ERROR_CHILD_NOT_COMPLETE
     case 170:  // ERROR_BUSY
     case 231:  // ERROR_PIPE_BUSY
       return ORU_E_BUSY;
-    case 17:   // ERROR_NOT_SAME_DEVICE
+    case 17:  // ERROR_NOT_SAME_DEVICE
       return ORU_E_CROSS_DEVICE;
-    case 19:   // ERROR_WRITE_PROTECT
+    case 19:  // ERROR_WRITE_PROTECT
       return ORU_E_READ_ONLY_FS;
-    case 21:   // ERROR_NOT_READY
+    case 21:  // ERROR_NOT_READY
       return ORU_E_NOT_READY;
     case 22:   // ERROR_BAD_COMMAND
     case 23:   // ERROR_CRC
@@ -73,7 +73,7 @@ oruResult map_win32_low(uint32_t err) {
     case 33:   // ERROR_LOCK_VIOLATION
     case 167:  // ERROR_LOCK_FAILED
       return ORU_E_LOCK_FAILED;
-    case 36:   // ERROR_SHARING_BUFFER_EXCEEDED
+    case 36:  // ERROR_SHARING_BUFFER_EXCEEDED
       return ORU_E_NO_LOCKS;
     case 39:   // ERROR_HANDLE_DISK_FULL
     case 112:  // ERROR_DISK_FULL
@@ -112,34 +112,59 @@ oruResult map_win32_low(uint32_t err) {
 
 extern "C" ORU_API oruResult _oru_map_posix_error(int err) {
   switch (err) {
-    case 0: return ORU_OK;
+    case 0:
+      return ORU_OK;
     case EPERM:
-    case EACCES: return ORU_E_ACCESS_DENIED;
-    case ENOENT: return ORU_E_NOT_FOUND;
-    case ESRCH: return ORU_E_NO_SUCH_PROCESS;
-    case EIO: return ORU_E_IO;
-    case ENXIO: return ORU_E_NO_DEVICE;
-    case ENOEXEC: return ORU_E_EXEC_FORMAT;
-    case EBADF: return ORU_E_HANDLE;
-    case ECHILD: return ORU_E_NO_CHILD;
-    case EAGAIN: return ORU_E_AGAIN;
-    case ENOMEM: return ORU_E_OUT_OF_MEMORY;
-    case EFAULT: return ORU_E_BAD_ADDRESS;
+    case EACCES:
+      return ORU_E_ACCESS_DENIED;
+    case ENOENT:
+      return ORU_E_NOT_FOUND;
+    case ESRCH:
+      return ORU_E_NO_SUCH_PROCESS;
+    case EIO:
+      return ORU_E_IO;
+    case ENXIO:
+      return ORU_E_NO_DEVICE;
+    case ENOEXEC:
+      return ORU_E_EXEC_FORMAT;
+    case EBADF:
+      return ORU_E_HANDLE;
+    case ECHILD:
+      return ORU_E_NO_CHILD;
+    case EAGAIN:
+      return ORU_E_AGAIN;
+    case ENOMEM:
+      return ORU_E_OUT_OF_MEMORY;
+    case EFAULT:
+      return ORU_E_BAD_ADDRESS;
     case EBUSY:
-    case ETXTBSY: return ORU_E_BUSY;
-    case EEXIST: return ORU_E_EXISTS;
-    case EXDEV: return ORU_E_CROSS_DEVICE;
-    case ENOTDIR: return ORU_E_PATH_NOT_FOUND;  // deliberately not ORU_E_NOT_DIRECTORY
-    case EISDIR: return ORU_E_IS_DIRECTORY;
-    case EINVAL: return ORU_E_INVALID_ARG;
+    case ETXTBSY:
+      return ORU_E_BUSY;
+    case EEXIST:
+      return ORU_E_EXISTS;
+    case EXDEV:
+      return ORU_E_CROSS_DEVICE;
+    case ENOTDIR:
+      return ORU_E_PATH_NOT_FOUND;  // deliberately not ORU_E_NOT_DIRECTORY
+    case EISDIR:
+      return ORU_E_IS_DIRECTORY;
+    case EINVAL:
+      return ORU_E_INVALID_ARG;
     case ENFILE:
-    case EMFILE: return ORU_E_TOO_MANY_FILES;
-    case ENOSPC: return ORU_E_NO_SPACE;
-    case EROFS: return ORU_E_READ_ONLY_FS;
-    case EPIPE: return ORU_E_BROKEN_PIPE;
-    case ENAMETOOLONG: return ORU_E_NAME_TOO_LONG;
-    case ENOLCK: return ORU_E_NO_LOCKS;
-    default: return posix_fallback(err);
+    case EMFILE:
+      return ORU_E_TOO_MANY_FILES;
+    case ENOSPC:
+      return ORU_E_NO_SPACE;
+    case EROFS:
+      return ORU_E_READ_ONLY_FS;
+    case EPIPE:
+      return ORU_E_BROKEN_PIPE;
+    case ENAMETOOLONG:
+      return ORU_E_NAME_TOO_LONG;
+    case ENOLCK:
+      return ORU_E_NO_LOCKS;
+    default:
+      return posix_fallback(err);
   }
 }
 

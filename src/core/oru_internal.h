@@ -10,9 +10,9 @@
 // Exports a second name for a function defined in the same translation unit,
 // so both names are one symbol (one address), not a wrapper.
 #if defined(__ELF__)
-#  define ORU_ALIAS(target) __attribute__((alias(#target)))
+#define ORU_ALIAS(target) __attribute__((alias(#target)))
 #else
-#  error "ORU_ALIAS needs a backend for this object format"
+#error "ORU_ALIAS needs a backend for this object format"
 #endif
 
 // The translators under the names the modules use.

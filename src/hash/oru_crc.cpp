@@ -6,18 +6,18 @@
 using namespace oru::hash;
 
 extern "C" ORU_API uint32_t oruComputeCRC(uint32_t type, const void* data, size_t length) {
-    const auto* p = static_cast<const unsigned char*>(data);
-    if (p == nullptr) length = 0;
-    switch (type) {
-        case ORU_CRC16_ARC:
-            return crc16_arc_update(0x0000u, p, length);
-        case ORU_CRC16_CCITT_FALSE:
-            return crc16_ccitt_portable(0xFFFFu, p, length);
-        case ORU_CRC16_XMODEM:
-            return crc16_ccitt_portable(0x0000u, p, length);
-        case ORU_CRC32:
-            return crc32_update(0xFFFFFFFFu, p, length) ^ 0xFFFFFFFFu;
-        default:
-            return 0;
-    }
+  const auto* p = static_cast<const unsigned char*>(data);
+  if (p == nullptr) length = 0;
+  switch (type) {
+    case ORU_CRC16_ARC:
+      return crc16_arc_update(0x0000u, p, length);
+    case ORU_CRC16_CCITT_FALSE:
+      return crc16_ccitt_portable(0xFFFFu, p, length);
+    case ORU_CRC16_XMODEM:
+      return crc16_ccitt_portable(0x0000u, p, length);
+    case ORU_CRC32:
+      return crc32_update(0xFFFFFFFFu, p, length) ^ 0xFFFFFFFFu;
+    default:
+      return 0;
+  }
 }

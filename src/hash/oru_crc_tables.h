@@ -14,55 +14,53 @@ namespace oru::hash {
 
 template <typename T>
 struct CrcTables {
-    T t[8][256];
+  T t[8][256];
 };
 
 // Reflected models: bits enter least significant first, so the register
 // shifts right and the polynomial is given bit-reversed.
 template <typename T>
 constexpr CrcTables<T> make_reflected_tables(T reflected_poly) {
-    CrcTables<T> tables{};
+  CrcTables<T> tables{};
+  for (unsigned b = 0; b < 256; ++b) {
+    T crc = static_cast<T>(b);
+    for (int bit = 0; bit < 8; ++bit) {
+      crc = (crc & 1u) ? static_cast<T>((crc >> 1) ^ reflected_poly) : static_cast<T>(crc >> 1);
+    }
+    tables.t[0][b] = crc;
+  }
+  for (int k = 1; k < 8; ++k) {
     for (unsigned b = 0; b < 256; ++b) {
-        T crc = static_cast<T>(b);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc & 1u) ? static_cast<T>((crc >> 1) ^ reflected_poly)
-                             : static_cast<T>(crc >> 1);
-        }
-        tables.t[0][b] = crc;
+      T prev = tables.t[k - 1][b];
+      tables.t[k][b] = static_cast<T>((prev >> 8) ^ tables.t[0][prev & 0xFFu]);
     }
-    for (int k = 1; k < 8; ++k) {
-        for (unsigned b = 0; b < 256; ++b) {
-            T prev = tables.t[k - 1][b];
-            tables.t[k][b] = static_cast<T>((prev >> 8) ^ tables.t[0][prev & 0xFFu]);
-        }
-    }
-    return tables;
+  }
+  return tables;
 }
 
 // 16-bit models that are not reflected: bits enter most significant first.
 constexpr CrcTables<uint16_t> make_forward16_tables(uint16_t poly) {
-    CrcTables<uint16_t> tables{};
+  CrcTables<uint16_t> tables{};
+  for (unsigned b = 0; b < 256; ++b) {
+    uint16_t crc = static_cast<uint16_t>(b << 8);
+    for (int bit = 0; bit < 8; ++bit) {
+      crc = (crc & 0x8000u) ? static_cast<uint16_t>((crc << 1) ^ poly)
+                            : static_cast<uint16_t>(crc << 1);
+    }
+    tables.t[0][b] = crc;
+  }
+  for (int k = 1; k < 8; ++k) {
     for (unsigned b = 0; b < 256; ++b) {
-        uint16_t crc = static_cast<uint16_t>(b << 8);
-        for (int bit = 0; bit < 8; ++bit) {
-            crc = (crc & 0x8000u) ? static_cast<uint16_t>((crc << 1) ^ poly)
-                                  : static_cast<uint16_t>(crc << 1);
-        }
-        tables.t[0][b] = crc;
+      uint16_t prev = tables.t[k - 1][b];
+      tables.t[k][b] = static_cast<uint16_t>((prev << 8) ^ tables.t[0][(prev >> 8) & 0xFFu]);
     }
-    for (int k = 1; k < 8; ++k) {
-        for (unsigned b = 0; b < 256; ++b) {
-            uint16_t prev = tables.t[k - 1][b];
-            tables.t[k][b] =
-                static_cast<uint16_t>((prev << 8) ^ tables.t[0][(prev >> 8) & 0xFFu]);
-        }
-    }
-    return tables;
+  }
+  return tables;
 }
 
 // Bit-reversed polynomials of the reflected models.
-inline constexpr uint16_t kCrc16ArcPoly = 0xA001u;            // 0x8005 reversed
-inline constexpr uint32_t kCrc32Poly = 0xEDB88320u;           // 0x04C11DB7 reversed
+inline constexpr uint16_t kCrc16ArcPoly = 0xA001u;             // 0x8005 reversed
+inline constexpr uint32_t kCrc32Poly = 0xEDB88320u;            // 0x04C11DB7 reversed
 inline constexpr uint64_t kCrc64Poly = 0xC96C5795D7870F42ull;  // ECMA-182 reversed
 // The polynomial of both forward 16-bit models (CCITT-FALSE and XMODEM).
 inline constexpr uint16_t kCrc16CcittPoly = 0x1021u;

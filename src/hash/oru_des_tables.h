@@ -8,6 +8,8 @@
 
 #include <cstdint>
 
+// The tables keep the row layout of the published standard.
+// clang-format off
 namespace oru::hash::des {
 
 // Initial permutation: output bit i is input bit kIP[i].
@@ -122,6 +124,7 @@ constexpr SPTables make_sp_tables() {
 
 inline constexpr SPTables kSP = make_sp_tables();
 
+// clang-format on
 }  // namespace oru::hash::des
 
 #endif  // ORU_SRC_HASH_ORU_DES_TABLES_H

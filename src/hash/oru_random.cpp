@@ -18,13 +18,13 @@ constexpr uint32_t kDefaultSeed = 123459876;
 }  // namespace
 
 extern "C" ORU_API uint32_t oruGetRandomNumber(uint32_t* state) {
-    if (state == nullptr) return 0;
-    uint32_t s = *state;
-    if (s == 0) s = kDefaultSeed;
-    // Both products stay below 2^31, but their difference may wrap; read as
-    // signed it is then negative and one modulus brings it back in range.
-    uint32_t t = (s % kQ) * kA - (s / kQ) * kR;
-    if (static_cast<int32_t>(t) < 0) t += kM;
-    *state = t;
-    return t & 0x7FFFFFFFu;
+  if (state == nullptr) return 0;
+  uint32_t s = *state;
+  if (s == 0) s = kDefaultSeed;
+  // Both products stay below 2^31, but their difference may wrap; read as
+  // signed it is then negative and one modulus brings it back in range.
+  uint32_t t = (s % kQ) * kA - (s / kQ) * kR;
+  if (static_cast<int32_t>(t) < 0) t += kM;
+  *state = t;
+  return t & 0x7FFFFFFFu;
 }

@@ -276,9 +276,8 @@ ORU_API oruResult oruCondVarTimedWait(oruCondVar* condVar, oruMutex* mutex,
 
   oruTimeVal now;
   oruGetCurrentTime(&now);
-  int64_t remaining =
-      (static_cast<int64_t>(deadline->sec) - now.sec) * 1000 +
-      (static_cast<int64_t>(deadline->usec) - now.usec) / 1000;
+  int64_t remaining = (static_cast<int64_t>(deadline->sec) - now.sec) * 1000 +
+                      (static_cast<int64_t>(deadline->usec) - now.usec) / 1000;
   if (remaining <= 0) {
     // Deliberately returns without entering the caller's mutex again.
     pthread_mutex_unlock(&object->guard);

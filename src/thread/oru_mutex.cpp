@@ -13,8 +13,8 @@
 #include <new>
 
 #if __has_include(<sys/single_threaded.h>)
-#  include <sys/single_threaded.h>
-#  define ORU_HAVE_SINGLE_THREADED 1
+#include <sys/single_threaded.h>
+#define ORU_HAVE_SINGLE_THREADED 1
 #endif
 
 namespace oru::thread {
@@ -83,9 +83,7 @@ oruResult mutex_unlock(oruMutexObject* mutex) {
 
 namespace {
 
-inline oruMutexObject* object_of(oruMutex* mutex) {
-  return mutex != nullptr ? *mutex : nullptr;
-}
+inline oruMutexObject* object_of(oruMutex* mutex) { return mutex != nullptr ? *mutex : nullptr; }
 
 }  // namespace
 

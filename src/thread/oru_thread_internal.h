@@ -8,8 +8,8 @@
 
 #include "oru/thread.h"
 
-#include <cstdint>
 #include <pthread.h>
+#include <cstdint>
 
 namespace oru::thread {
 
@@ -29,8 +29,8 @@ struct ThreadData {
   // Set (under the thread lock) when the thread has finished with the
   // library: its start routine returned, or it exited.
   uint32_t ended;
-  unsigned exit_status;   // valid once ended
-  unsigned exit_pending;  // the status oruThreadExit leaves for the end
+  unsigned exit_status;     // valid once ended
+  unsigned exit_pending;    // the status oruThreadExit leaves for the end
   pthread_t system_thread;  // created threads only
 };
 
@@ -65,7 +65,7 @@ void lock_keys();
 void unlock_keys();
 
 // Thread-local storage hooks for the thread part.
-bool tls_initialize_keys();  // false when the table cannot be allocated
+bool tls_initialize_keys();   // false when the table cannot be allocated
 uint32_t tls_key_capacity();  // key lock held
 // The destructor rounds over an ended thread's values; both locks held.
 void tls_run_destructors(ThreadData* record);

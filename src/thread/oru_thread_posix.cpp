@@ -24,11 +24,11 @@
 #include "thread/oru_pthread_util.h"
 #include "thread/oru_thread_internal.h"
 
+#include <limits.h>
+#include <unistd.h>
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
-#include <limits.h>
-#include <unistd.h>
 
 namespace oru::thread {
 
@@ -265,8 +265,10 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
   pthread_attr_t attributes;
   int error = pthread_attr_init(&attributes);
   if (error == 0) {
-    if (stackSize != 0) error = pthread_attr_setstacksize(&attributes, usable_stack_size(stackSize));
-    if (error == 0) error = pthread_create(&record->system_thread, &attributes, start_thread, block);
+    if (stackSize != 0)
+      error = pthread_attr_setstacksize(&attributes, usable_stack_size(stackSize));
+    if (error == 0)
+      error = pthread_create(&record->system_thread, &attributes, start_thread, block);
     pthread_attr_destroy(&attributes);
   }
   if (error != 0) {

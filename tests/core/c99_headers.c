@@ -1,11 +1,11 @@
 /* Every public header, included from a C99 translation unit compiled with
  * -pedantic-errors, and a few calls to show the declarations link. */
-#include "oru/oru.h"
 #include "oru/core.h"
 #include "oru/decimal.h"
 #include "oru/file.h"
 #include "oru/hash.h"
 #include "oru/l10n.h"
+#include "oru/oru.h"
 #include "oru/text.h"
 #include "oru/thread.h"
 #include "oru/time.h"

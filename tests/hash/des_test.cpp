@@ -15,41 +15,41 @@ namespace {
 using Block = std::array<unsigned char, 8>;
 
 Block from_hex(const char* hex) {
-    Block b{};
-    for (size_t i = 0; i < 8; ++i) {
-        b[i] = static_cast<unsigned char>(std::stoul(std::string(hex + 2 * i, 2), nullptr, 16));
-    }
-    return b;
+  Block b{};
+  for (size_t i = 0; i < 8; ++i) {
+    b[i] = static_cast<unsigned char>(std::stoul(std::string(hex + 2 * i, 2), nullptr, 16));
+  }
+  return b;
 }
 
 std::string to_hex(const Block& b) {
-    static const char digits[] = "0123456789ABCDEF";
-    std::string s;
-    for (unsigned char c : b) {
-        s += digits[c >> 4];
-        s += digits[c & 15];
-    }
-    return s;
+  static const char digits[] = "0123456789ABCDEF";
+  std::string s;
+  for (unsigned char c : b) {
+    s += digits[c >> 4];
+    s += digits[c & 15];
+  }
+  return s;
 }
 
 Block encrypt(const Block& key, Block block) {
-    oruDESKeySchedule ks;
-    oruDESKeySetup(key.data(), &ks);
-    oruDESBlockCipherECB(&ks, block.data(), 0);
-    return block;
+  oruDESKeySchedule ks;
+  oruDESKeySetup(key.data(), &ks);
+  oruDESBlockCipherECB(&ks, block.data(), 0);
+  return block;
 }
 
 Block decrypt(const Block& key, Block block) {
-    oruDESKeySchedule ks;
-    oruDESKeySetup(key.data(), &ks);
-    oruDESBlockCipherECB(&ks, block.data(), 1);
-    return block;
+  oruDESKeySchedule ks;
+  oruDESKeySetup(key.data(), &ks);
+  oruDESBlockCipherECB(&ks, block.data(), 1);
+  return block;
 }
 
 struct Vector {
-    const char* key;
-    const char* plaintext;
-    const char* ciphertext;
+  const char* key;
+  const char* plaintext;
+  const char* ciphertext;
 };
 
 // Variable plaintext: key 0101010101010101, plaintext with bit i set.
@@ -190,221 +190,221 @@ constexpr Vector kSubstitutionTable[19] = {
 };
 // Checks one known answer in both directions.
 void expect_known_answer(const Vector& v) {
-    SCOPED_TRACE(std::string("key ") + v.key + " plaintext " + v.plaintext);
-    const Block key = from_hex(v.key);
-    EXPECT_EQ(to_hex(encrypt(key, from_hex(v.plaintext))), v.ciphertext);
-    EXPECT_EQ(to_hex(decrypt(key, from_hex(v.ciphertext))), v.plaintext);
+  SCOPED_TRACE(std::string("key ") + v.key + " plaintext " + v.plaintext);
+  const Block key = from_hex(v.key);
+  EXPECT_EQ(to_hex(encrypt(key, from_hex(v.plaintext))), v.ciphertext);
+  EXPECT_EQ(to_hex(decrypt(key, from_hex(v.ciphertext))), v.plaintext);
 }
 
 uint64_t as_integer(const Block& b) {
-    uint64_t v = 0;
-    for (unsigned char c : b) v = (v << 8) | c;
-    return v;
+  uint64_t v = 0;
+  for (unsigned char c : b) v = (v << 8) | c;
+  return v;
 }
 
 TEST(DesKnownAnswer, VariablePlaintext) {
-    for (int i = 0; i < 64; ++i) {
-        Block plain{};
-        plain[static_cast<size_t>(i / 8)] = static_cast<unsigned char>(0x80u >> (i % 8));
-        const std::string p = to_hex(plain);
-        expect_known_answer({"0101010101010101", p.c_str(), kVariablePlaintext[i]});
-    }
+  for (int i = 0; i < 64; ++i) {
+    Block plain{};
+    plain[static_cast<size_t>(i / 8)] = static_cast<unsigned char>(0x80u >> (i % 8));
+    const std::string p = to_hex(plain);
+    expect_known_answer({"0101010101010101", p.c_str(), kVariablePlaintext[i]});
+  }
 }
 
 TEST(DesKnownAnswer, VariableKey) {
-    // The table's keys must walk through the 56 key bits one at a time, in
-    // order (parity bits aside): a guard against a mistyped row.
-    uint64_t expected_bit = 1ull << 63;
-    for (const Vector& v : kVariableKey) {
-        const uint64_t bit = as_integer(from_hex(v.key)) & 0xFEFEFEFEFEFEFEFEull;
-        ASSERT_EQ(bit, expected_bit) << v.key;
-        expected_bit >>= (expected_bit & 0x0202020202020202ull) ? 2 : 1;
-        expect_known_answer(v);
-    }
+  // The table's keys must walk through the 56 key bits one at a time, in
+  // order (parity bits aside): a guard against a mistyped row.
+  uint64_t expected_bit = 1ull << 63;
+  for (const Vector& v : kVariableKey) {
+    const uint64_t bit = as_integer(from_hex(v.key)) & 0xFEFEFEFEFEFEFEFEull;
+    ASSERT_EQ(bit, expected_bit) << v.key;
+    expected_bit >>= (expected_bit & 0x0202020202020202ull) ? 2 : 1;
+    expect_known_answer(v);
+  }
 }
 
 TEST(DesKnownAnswer, PermutationOperation) {
-    for (const Vector& v : kPermutationOperation) expect_known_answer(v);
+  for (const Vector& v : kPermutationOperation) expect_known_answer(v);
 }
 
 TEST(DesKnownAnswer, SubstitutionTable) {
-    for (const Vector& v : kSubstitutionTable) expect_known_answer(v);
+  for (const Vector& v : kSubstitutionTable) expect_known_answer(v);
 }
 
 TEST(DesKnownAnswer, ClassicExamples) {
-    expect_known_answer({"133457799BBCDFF1", "0123456789ABCDEF", "85E813540F0AB405"});
-    // "Now is t" under 0123456789ABCDEF.
-    expect_known_answer({"0123456789ABCDEF", "4E6F772069732074", "3FA40E8A984D4815"});
-    expect_known_answer({"0000000000000000", "0000000000000000", "8CA64DE9C1B123A7"});
-    expect_known_answer({"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "7359B2163E4EDC58"});
-    expect_known_answer({"FEDCBA9876543210", "0123456789ABCDEF", "ED39D950FA74BCC4"});
+  expect_known_answer({"133457799BBCDFF1", "0123456789ABCDEF", "85E813540F0AB405"});
+  // "Now is t" under 0123456789ABCDEF.
+  expect_known_answer({"0123456789ABCDEF", "4E6F772069732074", "3FA40E8A984D4815"});
+  expect_known_answer({"0000000000000000", "0000000000000000", "8CA64DE9C1B123A7"});
+  expect_known_answer({"FFFFFFFFFFFFFFFF", "FFFFFFFFFFFFFFFF", "7359B2163E4EDC58"});
+  expect_known_answer({"FEDCBA9876543210", "0123456789ABCDEF", "ED39D950FA74BCC4"});
 }
 
 TEST(DesSchedule, ParityBitsAreIgnored) {
-    std::mt19937_64 rng(7);
-    for (int trial = 0; trial < 64; ++trial) {
-        Block key{};
-        uint64_t r = rng();
-        std::memcpy(key.data(), &r, 8);
-        Block flipped = key;
-        uint64_t parity = rng();
-        for (size_t i = 0; i < 8; ++i) flipped[i] ^= static_cast<unsigned char>((parity >> i) & 1u);
-        oruDESKeySchedule a, b;
-        std::memset(&a, 0xAA, sizeof a);
-        std::memset(&b, 0x55, sizeof b);
-        oruDESKeySetup(key.data(), &a);
-        oruDESKeySetup(flipped.data(), &b);
-        EXPECT_EQ(std::memcmp(&a, &b, sizeof a), 0);
-    }
+  std::mt19937_64 rng(7);
+  for (int trial = 0; trial < 64; ++trial) {
+    Block key{};
+    uint64_t r = rng();
+    std::memcpy(key.data(), &r, 8);
+    Block flipped = key;
+    uint64_t parity = rng();
+    for (size_t i = 0; i < 8; ++i) flipped[i] ^= static_cast<unsigned char>((parity >> i) & 1u);
+    oruDESKeySchedule a, b;
+    std::memset(&a, 0xAA, sizeof a);
+    std::memset(&b, 0x55, sizeof b);
+    oruDESKeySetup(key.data(), &a);
+    oruDESKeySetup(flipped.data(), &b);
+    EXPECT_EQ(std::memcmp(&a, &b, sizeof a), 0);
+  }
 }
 
 TEST(DesSchedule, HoldsSixBitGroupsInRoundOrder) {
-    // Key 133457799BBCDFF1: the first and last round subkeys as 48-bit
-    // values are 1B02EFFC7072 and CB3D8B0E17F5.
-    const Block key = from_hex("133457799BBCDFF1");
-    oruDESKeySchedule ks;
-    std::memset(&ks, 0xFF, sizeof ks);
-    oruDESKeySetup(key.data(), &ks);
-    auto subkey = [&](int round) {
-        uint64_t v = 0;
-        for (int g = 0; g < 8; ++g) {
-            EXPECT_LT(ks.subkeys[8 * round + g], 64);
-            v = (v << 6) | ks.subkeys[8 * round + g];
-        }
-        return v;
-    };
-    EXPECT_EQ(subkey(0), 0x1B02EFFC7072ull);
-    EXPECT_EQ(subkey(15), 0xCB3D8B0E17F5ull);
+  // Key 133457799BBCDFF1: the first and last round subkeys as 48-bit
+  // values are 1B02EFFC7072 and CB3D8B0E17F5.
+  const Block key = from_hex("133457799BBCDFF1");
+  oruDESKeySchedule ks;
+  std::memset(&ks, 0xFF, sizeof ks);
+  oruDESKeySetup(key.data(), &ks);
+  auto subkey = [&](int round) {
+    uint64_t v = 0;
+    for (int g = 0; g < 8; ++g) {
+      EXPECT_LT(ks.subkeys[8 * round + g], 64);
+      v = (v << 6) | ks.subkeys[8 * round + g];
+    }
+    return v;
+  };
+  EXPECT_EQ(subkey(0), 0x1B02EFFC7072ull);
+  EXPECT_EQ(subkey(15), 0xCB3D8B0E17F5ull);
 }
 
 TEST(DesCipher, DecryptUndoesEncrypt) {
-    std::mt19937_64 rng(11);
-    for (int trial = 0; trial < 200; ++trial) {
-        Block key{}, plain{};
-        uint64_t k = rng(), p = rng();
-        std::memcpy(key.data(), &k, 8);
-        std::memcpy(plain.data(), &p, 8);
-        Block cipher = encrypt(key, plain);
-        EXPECT_NE(cipher, plain);
-        EXPECT_EQ(decrypt(key, cipher), plain);
-    }
+  std::mt19937_64 rng(11);
+  for (int trial = 0; trial < 200; ++trial) {
+    Block key{}, plain{};
+    uint64_t k = rng(), p = rng();
+    std::memcpy(key.data(), &k, 8);
+    std::memcpy(plain.data(), &p, 8);
+    Block cipher = encrypt(key, plain);
+    EXPECT_NE(cipher, plain);
+    EXPECT_EQ(decrypt(key, cipher), plain);
+  }
 }
 
 TEST(DesCipher, ComplementationProperty) {
-    // E(~k, ~p) == ~E(k, p): a structural property of DES that a wrong
-    // expansion or key schedule would break.
-    std::mt19937_64 rng(13);
-    for (int trial = 0; trial < 50; ++trial) {
-        Block key{}, plain{};
-        uint64_t k = rng(), p = rng();
-        std::memcpy(key.data(), &k, 8);
-        std::memcpy(plain.data(), &p, 8);
-        Block nkey = key, nplain = plain;
-        for (auto& c : nkey) c = static_cast<unsigned char>(~c);
-        for (auto& c : nplain) c = static_cast<unsigned char>(~c);
-        Block c1 = encrypt(key, plain), c2 = encrypt(nkey, nplain);
-        for (auto& c : c2) c = static_cast<unsigned char>(~c);
-        EXPECT_EQ(c1, c2);
-    }
+  // E(~k, ~p) == ~E(k, p): a structural property of DES that a wrong
+  // expansion or key schedule would break.
+  std::mt19937_64 rng(13);
+  for (int trial = 0; trial < 50; ++trial) {
+    Block key{}, plain{};
+    uint64_t k = rng(), p = rng();
+    std::memcpy(key.data(), &k, 8);
+    std::memcpy(plain.data(), &p, 8);
+    Block nkey = key, nplain = plain;
+    for (auto& c : nkey) c = static_cast<unsigned char>(~c);
+    for (auto& c : nplain) c = static_cast<unsigned char>(~c);
+    Block c1 = encrypt(key, plain), c2 = encrypt(nkey, nplain);
+    for (auto& c : c2) c = static_cast<unsigned char>(~c);
+    EXPECT_EQ(c1, c2);
+  }
 }
 
 TEST(DesCipher, NullArgumentsAreIgnored) {
-    Block key = from_hex("133457799BBCDFF1"), block = from_hex("0123456789ABCDEF");
-    oruDESKeySchedule ks;
-    oruDESKeySetup(nullptr, &ks);
-    oruDESKeySetup(key.data(), nullptr);
-    oruDESKeySetup3(nullptr, &ks, &ks, &ks);
-    oruDESKeySetup3(key.data(), &ks, nullptr, &ks);
-    oruDESKeySetup(key.data(), &ks);
-    oruDESBlockCipherECB(nullptr, block.data(), 0);
-    oruDESBlockCipherECB(&ks, nullptr, 0);
-    oruDESBlockCipherECB3(&ks, nullptr, &ks, block.data(), 0);
-    oruDESBlockCipherECB3(&ks, &ks, &ks, nullptr, 1);
-    EXPECT_EQ(to_hex(block), "0123456789ABCDEF");
+  Block key = from_hex("133457799BBCDFF1"), block = from_hex("0123456789ABCDEF");
+  oruDESKeySchedule ks;
+  oruDESKeySetup(nullptr, &ks);
+  oruDESKeySetup(key.data(), nullptr);
+  oruDESKeySetup3(nullptr, &ks, &ks, &ks);
+  oruDESKeySetup3(key.data(), &ks, nullptr, &ks);
+  oruDESKeySetup(key.data(), &ks);
+  oruDESBlockCipherECB(nullptr, block.data(), 0);
+  oruDESBlockCipherECB(&ks, nullptr, 0);
+  oruDESBlockCipherECB3(&ks, nullptr, &ks, block.data(), 0);
+  oruDESBlockCipherECB3(&ks, &ks, &ks, nullptr, 1);
+  EXPECT_EQ(to_hex(block), "0123456789ABCDEF");
 }
 
 TEST(DesCipher, CorruptScheduleStaysInBounds) {
-    // Bytes above 63 cannot come from key setup; they must still not make
-    // the cipher read outside its tables.
-    oruDESKeySchedule ks;
-    std::memset(&ks, 0xFF, sizeof ks);
-    Block block = from_hex("0123456789ABCDEF");
-    oruDESBlockCipherECB(&ks, block.data(), 0);
-    oruDESBlockCipherECB(&ks, block.data(), 1);
-    EXPECT_EQ(to_hex(block), "0123456789ABCDEF");
+  // Bytes above 63 cannot come from key setup; they must still not make
+  // the cipher read outside its tables.
+  oruDESKeySchedule ks;
+  std::memset(&ks, 0xFF, sizeof ks);
+  Block block = from_hex("0123456789ABCDEF");
+  oruDESBlockCipherECB(&ks, block.data(), 0);
+  oruDESBlockCipherECB(&ks, block.data(), 1);
+  EXPECT_EQ(to_hex(block), "0123456789ABCDEF");
 }
 
 // Three keys one after another, as oruDESKeySetup3 takes them.
 std::array<unsigned char, 24> three_keys(const char* k1, const char* k2, const char* k3) {
-    std::array<unsigned char, 24> keys{};
-    Block a = from_hex(k1), b = from_hex(k2), c = from_hex(k3);
-    std::memcpy(keys.data(), a.data(), 8);
-    std::memcpy(keys.data() + 8, b.data(), 8);
-    std::memcpy(keys.data() + 16, c.data(), 8);
-    return keys;
+  std::array<unsigned char, 24> keys{};
+  Block a = from_hex(k1), b = from_hex(k2), c = from_hex(k3);
+  std::memcpy(keys.data(), a.data(), 8);
+  std::memcpy(keys.data() + 8, b.data(), 8);
+  std::memcpy(keys.data() + 16, c.data(), 8);
+  return keys;
 }
 
 TEST(TripleDes, ThreeKeyExample) {
-    // Three keys, "The qufck brown fox jump" in three blocks.
-    auto keys = three_keys("0123456789ABCDEF", "23456789ABCDEF01", "456789ABCDEF0123");
-    oruDESKeySchedule s1, s2, s3;
-    oruDESKeySetup3(keys.data(), &s1, &s2, &s3);
-    const char* plain[] = {"5468652071756663", "6B2062726F776E20", "666F78206A756D70"};
-    const char* cipher[] = {"A826FD8CE53B855F", "CCE21C8112256FE6", "68D5C05DD9B6B900"};
-    for (int i = 0; i < 3; ++i) {
-        Block b = from_hex(plain[i]);
-        oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 0);
-        EXPECT_EQ(to_hex(b), cipher[i]);
-        oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 7);
-        EXPECT_EQ(to_hex(b), plain[i]);
-    }
+  // Three keys, "The qufck brown fox jump" in three blocks.
+  auto keys = three_keys("0123456789ABCDEF", "23456789ABCDEF01", "456789ABCDEF0123");
+  oruDESKeySchedule s1, s2, s3;
+  oruDESKeySetup3(keys.data(), &s1, &s2, &s3);
+  const char* plain[] = {"5468652071756663", "6B2062726F776E20", "666F78206A756D70"};
+  const char* cipher[] = {"A826FD8CE53B855F", "CCE21C8112256FE6", "68D5C05DD9B6B900"};
+  for (int i = 0; i < 3; ++i) {
+    Block b = from_hex(plain[i]);
+    oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 0);
+    EXPECT_EQ(to_hex(b), cipher[i]);
+    oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 7);
+    EXPECT_EQ(to_hex(b), plain[i]);
+  }
 }
 
 TEST(TripleDes, EqualKeysAreSingleDes) {
-    // With k1 = k2 = k3 the middle decryption cancels the first encryption,
-    // so the published single-DES answers hold for the triple form too.
-    for (const Vector& v : kSubstitutionTable) {
-        auto keys = three_keys(v.key, v.key, v.key);
-        oruDESKeySchedule s1, s2, s3;
-        oruDESKeySetup3(keys.data(), &s1, &s2, &s3);
-        Block b = from_hex(v.plaintext);
-        oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 0);
-        EXPECT_EQ(to_hex(b), v.ciphertext) << v.key;
-        oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 1);
-        EXPECT_EQ(to_hex(b), v.plaintext) << v.key;
-    }
+  // With k1 = k2 = k3 the middle decryption cancels the first encryption,
+  // so the published single-DES answers hold for the triple form too.
+  for (const Vector& v : kSubstitutionTable) {
+    auto keys = three_keys(v.key, v.key, v.key);
+    oruDESKeySchedule s1, s2, s3;
+    oruDESKeySetup3(keys.data(), &s1, &s2, &s3);
+    Block b = from_hex(v.plaintext);
+    oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 0);
+    EXPECT_EQ(to_hex(b), v.ciphertext) << v.key;
+    oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 1);
+    EXPECT_EQ(to_hex(b), v.plaintext) << v.key;
+  }
 }
 
 TEST(TripleDes, EqualsThreeSingleOperations) {
-    std::mt19937_64 rng(17);
-    for (int trial = 0; trial < 100; ++trial) {
-        std::array<unsigned char, 24> keys{};
-        for (int i = 0; i < 3; ++i) {
-            uint64_t k = rng();
-            std::memcpy(keys.data() + 8 * i, &k, 8);
-        }
-        Block plain{};
-        uint64_t p = rng();
-        std::memcpy(plain.data(), &p, 8);
-        oruDESKeySchedule s1, s2, s3;
-        oruDESKeySetup3(keys.data(), &s1, &s2, &s3);
-
-        Block expected = plain;
-        oruDESBlockCipherECB(&s1, expected.data(), 0);
-        oruDESBlockCipherECB(&s2, expected.data(), 1);
-        oruDESBlockCipherECB(&s3, expected.data(), 0);
-        Block b = plain;
-        oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 0);
-        EXPECT_EQ(b, expected);
-
-        // Decryption is D(k1, E(k2, D(k3, block))).
-        oruDESBlockCipherECB(&s3, expected.data(), 1);
-        oruDESBlockCipherECB(&s2, expected.data(), 0);
-        oruDESBlockCipherECB(&s1, expected.data(), 1);
-        oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 1);
-        EXPECT_EQ(b, expected);
-        EXPECT_EQ(b, plain);
+  std::mt19937_64 rng(17);
+  for (int trial = 0; trial < 100; ++trial) {
+    std::array<unsigned char, 24> keys{};
+    for (int i = 0; i < 3; ++i) {
+      uint64_t k = rng();
+      std::memcpy(keys.data() + 8 * i, &k, 8);
     }
+    Block plain{};
+    uint64_t p = rng();
+    std::memcpy(plain.data(), &p, 8);
+    oruDESKeySchedule s1, s2, s3;
+    oruDESKeySetup3(keys.data(), &s1, &s2, &s3);
+
+    Block expected = plain;
+    oruDESBlockCipherECB(&s1, expected.data(), 0);
+    oruDESBlockCipherECB(&s2, expected.data(), 1);
+    oruDESBlockCipherECB(&s3, expected.data(), 0);
+    Block b = plain;
+    oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 0);
+    EXPECT_EQ(b, expected);
+
+    // Decryption is D(k1, E(k2, D(k3, block))).
+    oruDESBlockCipherECB(&s3, expected.data(), 1);
+    oruDESBlockCipherECB(&s2, expected.data(), 0);
+    oruDESBlockCipherECB(&s1, expected.data(), 1);
+    oruDESBlockCipherECB3(&s1, &s2, &s3, b.data(), 1);
+    EXPECT_EQ(b, expected);
+    EXPECT_EQ(b, plain);
+  }
 }
 
 }  // namespace

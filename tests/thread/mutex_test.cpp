@@ -8,7 +8,7 @@
 #include <vector>
 
 #if __has_include(<sys/single_threaded.h>)
-#  include <sys/single_threaded.h>
+#include <sys/single_threaded.h>
 #endif
 
 namespace {
@@ -121,8 +121,7 @@ bool held_across_the_first_thread() {
 
 TEST(Mutex, HeldWhileSingleThreadedStillExcludesLaterThreads) {
   GTEST_FLAG_SET(death_test_style, "threadsafe");
-  EXPECT_EXIT(std::exit(held_across_the_first_thread() ? 0 : 1), ::testing::ExitedWithCode(0),
-              "");
+  EXPECT_EXIT(std::exit(held_across_the_first_thread() ? 0 : 1), ::testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

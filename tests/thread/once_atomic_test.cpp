@@ -86,9 +86,14 @@ TEST(Atomic, ReportsTheSignOfTheNewValue) {
     int decrement;  // expected result of a decrement from before
   };
   const Case cases[] = {
-      {-2, -1, -1}, {-1, 0, -1}, {0, 1, -1}, {1, 1, 0}, {2, 1, 1},
+      {-2, -1, -1},
+      {-1, 0, -1},
+      {0, 1, -1},
+      {1, 1, 0},
+      {2, 1, 1},
       // The counter wraps; the sign reported is judged as documented.
-      {INT32_MAX, 1, 1}, {INT32_MIN, -1, 1},
+      {INT32_MAX, 1, 1},
+      {INT32_MIN, -1, 1},
   };
   for (const Case& c : cases) {
     int32_t value = c.before;

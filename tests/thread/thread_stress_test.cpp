@@ -140,8 +140,8 @@ TEST(ThreadStress, ManyThreadsEndWithExactlyCountedDestructors) {
   EXPECT_EQ(joined, kThreads / 2);
   // Once every record is released, every destructor has run: count them.
   for (oruThread thread : g_all) {
-    ASSERT_TRUE(oru_test::eventually(
-        [&] { return oruThreadDetach(thread) == ORU_E_NO_SUCH_PROCESS; }));
+    ASSERT_TRUE(
+        oru_test::eventually([&] { return oruThreadDetach(thread) == ORU_E_NO_SUCH_PROCESS; }));
   }
   EXPECT_EQ(g_ran, kThreads);  // detached ones too
   EXPECT_EQ(g_first_destroyed, 2 * kThreads);

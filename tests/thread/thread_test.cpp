@@ -2,10 +2,10 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
-#include <pthread.h>
 #include <thread>
 #include <vector>
 
@@ -130,13 +130,9 @@ TEST(Thread, SelfInACreatedThreadIsItsHandle) {
   EXPECT_EQ(oruThreadEqual(g_seen_self, thread), 1);
 }
 
-unsigned exit_early(void*) {
-  oruThreadExit(77);
-}
+unsigned exit_early(void*) { oruThreadExit(77); }
 
-unsigned pthread_exit_early(void*) {
-  pthread_exit(nullptr);
-}
+unsigned pthread_exit_early(void*) { pthread_exit(nullptr); }
 
 TEST(Thread, LeavingEarlyStillEndsTheThread) {
   oruThread thread = nullptr;
@@ -192,8 +188,7 @@ TEST(Thread, JoinRacingDetachHasExactlyOneWinner) {
     int winners = (joined == ORU_OK) + (joined_too == ORU_OK) + (detached == ORU_OK);
     EXPECT_EQ(winners, 1) << joined << " " << joined_too << " " << detached;
     for (oruResult loser : {joined, joined_too, detached}) {
-      EXPECT_TRUE(loser == ORU_OK || loser == ORU_E_INVALID_ARG ||
-                  loser == ORU_E_NO_SUCH_PROCESS)
+      EXPECT_TRUE(loser == ORU_OK || loser == ORU_E_INVALID_ARG || loser == ORU_E_NO_SUCH_PROCESS)
           << loser;
     }
     EXPECT_TRUE(released(thread));
