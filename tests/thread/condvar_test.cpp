@@ -20,15 +20,6 @@ oruTimeVal from_now(int32_t milliseconds) {
   return oruTimeValAdd(&now, &span);
 }
 
-oruResult try_lock_elsewhere(oruMutex* mutex) {
-  oruResult result = ORU_OK;
-  std::thread([&] {
-    result = oruMutexTryLock(mutex);
-    if (result == ORU_OK) oruMutexUnlock(mutex);
-  }).join();
-  return result;
-}
-
 class CondVarTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -106,7 +97,7 @@ TEST_F(CondVarTest, PastDeadlineTimesOutAtOnceWithoutTheMutex) {
   ASSERT_EQ(oruMutexLock(&mutex_), ORU_OK);
   oruTimeVal past = from_now(-1000);
   EXPECT_EQ(oruCondVarTimedWait(&cond_, &mutex_, &past), ORU_E_TIMEDOUT);
-  EXPECT_EQ(try_lock_elsewhere(&mutex_), ORU_OK);
+  EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex_), ORU_OK);
   EXPECT_EQ(oruMutexUnlock(&mutex_), ORU_E_ACCESS_DENIED);  // no longer ours
   // A null mutex slot is skipped on the way in, too.
   oruMutex empty = nullptr;
@@ -120,7 +111,7 @@ TEST_F(CondVarTest, SignalWithNobodyWaitingIsNotRemembered) {
   oruTimeVal deadline = from_now(50);
   EXPECT_EQ(oruCondVarTimedWait(&cond_, &mutex_, &deadline), ORU_E_TIMEDOUT);
   // A timed-out wait holds the mutex again and is no longer counted.
-  EXPECT_EQ(try_lock_elsewhere(&mutex_), ORU_E_BUSY);
+  EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex_), ORU_E_BUSY);
   EXPECT_EQ(oruMutexUnlock(&mutex_), ORU_OK);
 }
 
@@ -192,7 +183,7 @@ TEST_F(CondVarTest, WakeUpsHoldTheMutexAgain) {
     ++announced_;
     oruTimeVal deadline = from_now(60000);
     EXPECT_EQ(oruCondVarTimedWait(&cond_, &mutex_, &deadline), ORU_OK);
-    held_after_wait = try_lock_elsewhere(&mutex_) == ORU_E_BUSY;
+    held_after_wait = oru_test::try_lock_elsewhere(&mutex_) == ORU_E_BUSY;
     oruMutexUnlock(&mutex_);
   });
   ASSERT_TRUE(eventually([&] {

@@ -11,16 +11,9 @@
 #include <sys/single_threaded.h>
 #endif
 
-namespace {
+#include "thread_test_support.h"
 
-oruResult try_lock_elsewhere(oruMutex* mutex) {
-  oruResult result = ORU_OK;
-  std::thread([&] {
-    result = oruMutexTryLock(mutex);
-    if (result == ORU_OK) oruMutexUnlock(mutex);
-  }).join();
-  return result;
-}
+namespace {
 
 TEST(Mutex, NullSlotsAreRejected) {
   oruMutex empty = nullptr;
@@ -49,12 +42,12 @@ TEST(Mutex, IsRecursiveAndExcludesOtherThreads) {
   ASSERT_EQ(oruMutexLock(&mutex), ORU_OK);
   ASSERT_EQ(oruMutexLock(&mutex), ORU_OK);
   ASSERT_EQ(oruMutexTryLock(&mutex), ORU_OK);  // the owner may always enter
-  EXPECT_EQ(try_lock_elsewhere(&mutex), ORU_E_BUSY);
+  EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex), ORU_E_BUSY);
   EXPECT_EQ(oruMutexUnlock(&mutex), ORU_OK);
   EXPECT_EQ(oruMutexUnlock(&mutex), ORU_OK);
-  EXPECT_EQ(try_lock_elsewhere(&mutex), ORU_E_BUSY);  // still held once
+  EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex), ORU_E_BUSY);  // still held once
   EXPECT_EQ(oruMutexUnlock(&mutex), ORU_OK);
-  EXPECT_EQ(try_lock_elsewhere(&mutex), ORU_OK);
+  EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex), ORU_OK);
   EXPECT_EQ(oruMutexDestroy(&mutex), ORU_OK);
 }
 

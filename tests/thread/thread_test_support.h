@@ -1,7 +1,9 @@
-// Helpers for the thread tests: waiting with a hang guard, and a gate that
-// holds threads until the test lets them go.
+// Helpers for the thread tests: waiting with a hang guard, a gate that holds
+// threads until the test lets them go, and a lock attempt from another thread.
 #ifndef ORU_TESTS_THREAD_THREAD_TEST_SUPPORT_H
 #define ORU_TESTS_THREAD_THREAD_TEST_SUPPORT_H
+
+#include "oru/thread.h"
 
 #include <chrono>
 #include <condition_variable>
@@ -41,6 +43,16 @@ class Gate {
   std::condition_variable opened_;
   bool open_ = false;
 };
+
+// oruMutexTryLock from a fresh thread (undone again if it succeeded).
+inline oruResult try_lock_elsewhere(oruMutex* mutex) {
+  oruResult result = ORU_OK;
+  std::thread([&] {
+    result = oruMutexTryLock(mutex);
+    if (result == ORU_OK) oruMutexUnlock(mutex);
+  }).join();
+  return result;
+}
 
 }  // namespace oru_test
 
