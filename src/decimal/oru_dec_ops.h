@@ -203,7 +203,7 @@ typename F::Raw op_sqrt(typename F::Raw x, uint32_t* fl) {
       *fl |= kInvalid;
       return F::qnan(0, 0);
     }
-    return x;
+    return F::inf(0);
   }
   int64_t ideal = a.e >> 1;  // floor(e / 2)
   if (a.c == 0) return F::pack(a.sign, 0, ideal);
@@ -313,7 +313,7 @@ template <class F>
 typename F::Raw op_scaleb(typename F::Raw x, int32_t n, uint32_t* fl) {
   Num a = F::unpack(x);
   if (a.kind >= kQNaN) return nan_result<F>(a, fl);
-  if (a.kind == kInf) return x;
+  if (a.kind == kInf) return F::inf(a.sign);
   return finish<F>(a.sign, make256(a.c), (int64_t)a.e + n, false, kHalfEven, fl);
 }
 
@@ -335,7 +335,7 @@ template <class F>
 typename F::Raw op_to_integral(typename F::Raw x, int mode, bool exact, uint32_t* fl) {
   Num a = F::unpack(x);
   if (a.kind >= kQNaN) return nan_result<F>(a, fl);
-  if (a.kind == kInf) return x;
+  if (a.kind == kInf) return F::inf(a.sign);
   if (a.e >= 0) return F::pack(a.sign, a.c, a.e);
   bool inexact = false;
   u256 q = shift_round(make256(a.c), -(int64_t)a.e, false, mode, a.sign, &inexact);
