@@ -4,6 +4,7 @@
  * the calling thread's word.
  */
 #include "decimal/oru_dec_compare.h"
+#include "decimal/oru_dec_fast.h"
 #include "decimal/oru_dec_ops.h"
 #include "oru/decimal.h"
 
@@ -39,18 +40,10 @@ extern "C" {
 
 /* decimal64 */
 
-ORU_API oruDec64 oruDec64Add(oruDec64 x, oruDec64 y) {
-  WITH_FLAGS(oruDec64, op_add<F64>(x, y, 0, &fl));
-}
-ORU_API oruDec64 oruDec64Sub(oruDec64 x, oruDec64 y) {
-  WITH_FLAGS(oruDec64, op_add<F64>(x, y, 1, &fl));
-}
-ORU_API oruDec64 oruDec64Mul(oruDec64 x, oruDec64 y) {
-  WITH_FLAGS(oruDec64, op_mul<F64>(x, y, &fl));
-}
-ORU_API oruDec64 oruDec64Div(oruDec64 x, oruDec64 y) {
-  WITH_FLAGS(oruDec64, op_div<F64>(x, y, &fl));
-}
+ORU_API oruDec64 oruDec64Add(oruDec64 x, oruDec64 y) { WITH_FLAGS(oruDec64, add64(x, y, 0, &fl)); }
+ORU_API oruDec64 oruDec64Sub(oruDec64 x, oruDec64 y) { WITH_FLAGS(oruDec64, add64(x, y, 1, &fl)); }
+ORU_API oruDec64 oruDec64Mul(oruDec64 x, oruDec64 y) { WITH_FLAGS(oruDec64, mul64(x, y, &fl)); }
+ORU_API oruDec64 oruDec64Div(oruDec64 x, oruDec64 y) { WITH_FLAGS(oruDec64, div64(x, y, &fl)); }
 ORU_API oruDec64 oruDec64FusedMulAdd(oruDec64 x, oruDec64 y, oruDec64 z) {
   WITH_FLAGS(oruDec64, op_fma<F64>(x, y, z, &fl));
 }
@@ -152,10 +145,10 @@ MINMAX(MaxNumMag, true, true)
   return store(res, r_)
 
 ORU_API oruDec128* oruDec128Add(oruDec128* res, const oruDec128* x, const oruDec128* y) {
-  R128(op_add<F128>(load(x), load(y), 0, &fl));
+  R128(add128(load(x), load(y), 0, &fl));
 }
 ORU_API oruDec128* oruDec128Sub(oruDec128* res, const oruDec128* x, const oruDec128* y) {
-  R128(op_add<F128>(load(x), load(y), 1, &fl));
+  R128(add128(load(x), load(y), 1, &fl));
 }
 ORU_API oruDec128* oruDec128Mul(oruDec128* res, const oruDec128* x, const oruDec128* y) {
   R128(op_mul<F128>(load(x), load(y), &fl));
@@ -213,13 +206,13 @@ ORU_API oruDec128* oruDec128NextAfter(oruDec128* res, const oruDec128* x, const 
 }
 ORU_API void oruDec128Increment(oruDec128* x) {
   uint32_t fl = 0;
-  u128 r = op_add<F128>(load(x), F128::pack(0, 1, 0), 0, &fl);
+  u128 r = add128(load(x), F128::pack(0, 1, 0), 0, &fl);
   raise(fl);
   store(x, r);
 }
 ORU_API void oruDec128Decrement(oruDec128* x) {
   uint32_t fl = 0;
-  u128 r = op_add<F128>(load(x), F128::pack(0, 1, 0), 1, &fl);
+  u128 r = add128(load(x), F128::pack(0, 1, 0), 1, &fl);
   raise(fl);
   store(x, r);
 }

@@ -53,8 +53,15 @@ void divmod256(const u256& n, const u256& d, u256* q, u256* r) {
   const u128 base = (u128)1 << 64;
   for (int j = nn - dn; j >= 0; --j) {
     u128 num = ((u128)un[j + dn] << 64) | un[j + dn - 1];
-    u128 qhat = num / vn[dn - 1];
-    u128 rhat = num % vn[dn - 1];
+    u128 qhat, rhat;
+    if (un[j + dn] < vn[dn - 1]) {
+      uint64_t rest;
+      qhat = div_step(un[j + dn], un[j + dn - 1], vn[dn - 1], &rest);
+      rhat = rest;
+    } else {
+      qhat = num / vn[dn - 1];
+      rhat = num % vn[dn - 1];
+    }
     while (qhat >= base || qhat * vn[dn - 2] > ((rhat << 64) | un[j + dn - 2])) {
       --qhat;
       rhat += vn[dn - 1];

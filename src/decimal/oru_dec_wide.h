@@ -135,23 +135,43 @@ inline u256 mul_pow10(const u256& a, int k) {
   return mul256x128(mul256x128(a, kPow10.p128[38]), kPow10.p128[k - 38]);
 }
 
+// (hi:lo) / d for hi < d, so that the quotient fits 64 bits: one hardware
+// division on x86-64 instead of the runtime's general 128-bit division.
+inline uint64_t div_step(uint64_t hi, uint64_t lo, uint64_t d, uint64_t* rem) {
+#if defined(__x86_64__)
+  uint64_t q, r;
+  __asm__("divq %4" : "=a"(q), "=d"(r) : "a"(lo), "d"(hi), "rm"(d) : "cc");
+  *rem = r;
+  return q;
+#else
+  u128 n = ((u128)hi << 64) | lo;
+  *rem = (uint64_t)(n % d);
+  return (uint64_t)(n / d);
+#endif
+}
+
+// Quotient of a 128-bit value by a 64-bit divisor, remainder in *rem.
+inline u128 divmod128_64(u128 n, uint64_t d, uint64_t* rem) {
+  uint64_t hi = (uint64_t)(n >> 64), lo = (uint64_t)n;
+  if (hi == 0) {
+    *rem = lo % d;
+    return lo / d;
+  }
+  uint64_t qh = hi / d, r;
+  uint64_t ql = div_step(hi % d, lo, d, &r);
+  *rem = r;
+  return ((u128)qh << 64) | ql;
+}
+
 // Quotient of a by a 64-bit divisor, remainder in *rem.
 inline u256 divmod64(const u256& a, uint64_t d, uint64_t* rem) {
-  if (a.hi == 0 && (a.lo >> 64) == 0) {
-    uint64_t v = (uint64_t)a.lo;
-    *rem = v % d;
-    return u256{v / d, 0};
-  }
+  if (a.hi == 0) return u256{divmod128_64(a.lo, d, rem), 0};
   uint64_t limb[4] = {(uint64_t)a.lo, (uint64_t)(a.lo >> 64), (uint64_t)a.hi,
                       (uint64_t)(a.hi >> 64)};
   uint64_t q[4];
-  u128 r = 0;
-  for (int i = 3; i >= 0; --i) {
-    u128 cur = (r << 64) | limb[i];
-    q[i] = (uint64_t)(cur / d);
-    r = cur % d;
-  }
-  *rem = (uint64_t)r;
+  uint64_t r = 0;
+  for (int i = 3; i >= 0; --i) q[i] = div_step(r, limb[i], d, &r);
+  *rem = r;
   return u256{((u128)q[1] << 64) | q[0], ((u128)q[3] << 64) | q[2]};
 }
 
