@@ -184,7 +184,15 @@ inline u256 shift_round(const u256& c, int64_t drop, bool sticky, int mode, uint
   int d = digits256(c);
   u256 q;
   int rnd;
-  if (drop > d) {
+  if (drop <= 19 && c.hi == 0) {
+    // One division, the remainder compared with one half of the divisor.
+    uint64_t rem, div = pow10_64((int)drop), half = div / 2;
+    q = make256(divmod128_64(c.lo, div, &rem));
+    rnd = rem == 0      ? (sticky ? kBelowHalf : kExact)
+          : rem < half  ? kBelowHalf
+          : rem == half ? (sticky ? kAboveHalf : kHalf)
+                        : kAboveHalf;
+  } else if (drop > d) {
     q = make256(0);
     rnd = (!is_zero(c) || sticky) ? kBelowHalf : kExact;
   } else {
@@ -248,6 +256,20 @@ typename F::Raw finish(uint32_t sign, u256 c, int64_t e, bool sticky, int mode, 
     return to_inf ? F::inf(sign) : F::pack(sign, F::MAXC, F::QMAX);
   }
   return F::pack(sign, c.lo, e);
+}
+
+// Removes trailing zeros of an exact result while its exponent stays at or
+// below the preferred one, in steps of 16, 8, 4, 2 and 1 digits.
+inline void strip_zeros(u256* q, int64_t* e, int64_t ideal) {
+  for (int k = 16; k >= 1; k /= 2) {
+    while (*e + k <= ideal) {
+      uint64_t rem;
+      u256 t = divmod64(*q, pow10_64(k), &rem);
+      if (rem != 0) break;
+      *q = t;
+      *e += k;
+    }
+  }
 }
 
 // NaN propagation: a signalling NaN (first in operand order) raises invalid

@@ -149,16 +149,8 @@ typename F::Raw op_div(typename F::Raw x, typename F::Raw y, uint32_t* fl) {
   divmod256(mul_pow10(make256(a.c), k), make256(b.c), &q, &r);
   int64_t e = ideal - k;
   bool sticky = !is_zero(r);
-  if (!sticky) {
-    // Exact: remove trailing zeros down to the preferred exponent.
-    while (e < ideal) {
-      uint64_t digit;
-      u256 t = divmod64(q, 10, &digit);
-      if (digit) break;
-      q = t;
-      ++e;
-    }
-  }
+  // Exact: remove trailing zeros down to the preferred exponent.
+  if (!sticky) strip_zeros(&q, &e, ideal);
   return finish<F>(sign, q, e, sticky, kHalfEven, fl);
 }
 
@@ -221,15 +213,7 @@ typename F::Raw op_sqrt(typename F::Raw x, uint32_t* fl) {
   u256 sq = mul256x128(s, s.lo);  // s < 2^128
   bool sticky = cmp(sq, n) != 0;
   int64_t e = ((int64_t)a.e - k) / 2;
-  if (!sticky) {
-    while (e < ideal) {
-      uint64_t digit;
-      u256 t = divmod64(s, 10, &digit);
-      if (digit) break;
-      s = t;
-      ++e;
-    }
-  }
+  if (!sticky) strip_zeros(&s, &e, ideal);
   return finish<F>(0, s, e, sticky, kHalfEven, fl);
 }
 
