@@ -154,7 +154,7 @@ ORU_API oruDec128* oruDec128Mul(oruDec128* res, const oruDec128* x, const oruDec
   R128(op_mul<F128>(load(x), load(y), &fl));
 }
 ORU_API oruDec128* oruDec128Div(oruDec128* res, const oruDec128* x, const oruDec128* y) {
-  R128(op_div<F128>(load(x), load(y), &fl));
+  R128(div128(load(x), load(y), &fl));
 }
 ORU_API oruDec128* oruDec128FusedMulAdd(oruDec128* res, const oruDec128* x, const oruDec128* y,
                                         const oruDec128* z) {

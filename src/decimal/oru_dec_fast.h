@@ -154,6 +154,50 @@ inline u128 add128(u128 x, u128 y, uint32_t negate_y, uint32_t* fl) {
   return finish<F128>(sign, make256(r), ey - F128::BIAS, false, kHalfEven, fl);
 }
 
+// decimal128 quotients: the dividend is scaled so that the integer quotient
+// has exactly P digits, and the remainder against half the divisor decides
+// the rounding, so no digits have to be counted or dropped afterwards.
+inline u128 div128(u128 x, u128 y, uint32_t* fl) {
+  const uint64_t kTop = 0x6000000000000000ull;
+  uint64_t hx = (uint64_t)(x >> 64), hy = (uint64_t)(y >> 64);
+  const u128 mask = ((u128)1 << 113) - 1;
+  u128 cx = x & mask, cy = y & mask;
+  if ((hx & kTop) == kTop || (hy & kTop) == kTop || cx > F128::MAXC || cy > F128::MAXC || cx == 0 ||
+      cy == 0)
+    return op_div<F128>(x, y, fl);
+  int32_t ideal = (int32_t)((hx >> 49) & 0x3FFF) - (int32_t)((hy >> 49) & 0x3FFF);
+  uint32_t sign = (uint32_t)((hx ^ hy) >> 63);
+  int m = digits128(cx) - digits128(cy);
+  // Is cx / cy at least 10^m?
+  bool big = m >= 0 ? cmp(make256(cx), mul_pow10(make256(cy), m)) >= 0
+                    : cmp(mul_pow10(make256(cx), -m), make256(cy)) >= 0;
+  int k = F128::P - m - (big ? 1 : 0);
+  u256 q, r;
+  divmod256(mul_pow10(make256(cx), k), make256(cy), &q, &r);
+  int64_t e = (int64_t)ideal - k;
+  if (is_zero(r)) {
+    strip_zeros(&q, &e, ideal);
+    return finish<F128>(sign, q, e, false, kHalfEven, fl);
+  }
+  // Inexact.  The common case: a normal result; else extend the quotient
+  // by one exact digit and let the general step handle range and flags.
+  if (e >= F128::QMIN && e + F128::P - 1 >= F128::EMIN && e < F128::QMAX) {
+    u128 twice = r.lo << 1;  // r < cy < 2^113
+    u128 c = q.lo;
+    if (twice > cy || (twice == cy && (c & 1))) ++c;
+    if (c == pow10_128(F128::P)) {
+      c = pow10_128(F128::P - 1);
+      ++e;
+    }
+    *fl |= kInexact;
+    return F128::pack(sign, c, e);
+  }
+  u256 ten_r = mul256x64(r, 10), digit, rest;
+  divmod256(ten_r, make256(cy), &digit, &rest);
+  u256 c = add(mul256x64(q, 10), digit);
+  return finish<F128>(sign, c, e - 1, !is_zero(rest), kHalfEven, fl);
+}
+
 }  // namespace oru_dec
 
 #endif  // ORU_DEC_FAST_H

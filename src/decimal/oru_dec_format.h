@@ -261,6 +261,28 @@ typename F::Raw finish(uint32_t sign, u256 c, int64_t e, bool sticky, int mode, 
 // Removes trailing zeros of an exact result while its exponent stays at or
 // below the preferred one, in steps of 16, 8, 4, 2 and 1 digits.
 inline void strip_zeros(u256* q, int64_t* e, int64_t ideal) {
+  if (*e >= ideal || is_zero(*q)) return;
+  if (q->hi == 0) {
+    // The largest k up to the gap with 10^k dividing q: 2^k by counting
+    // binary zeros, 5^k by the inverse test (true for all k up to some
+    // bound, so a binary search finds it).
+    u128 v = q->lo;
+    uint64_t low = (uint64_t)v;
+    int64_t hi = low ? __builtin_ctzll(low) : 64 + __builtin_ctzll((uint64_t)(v >> 64));
+    if (hi > ideal - *e) hi = ideal - *e;
+    if (hi > 38) hi = 38;
+    int64_t lo = 0;
+    while (lo < hi) {
+      int64_t mid = (lo + hi + 1) / 2;
+      if (v * kPow5.inv[mid] <= kPow5.lim[mid])
+        lo = mid;
+      else
+        hi = mid - 1;
+    }
+    q->lo = (v >> lo) * kPow5.inv[lo];
+    *e += lo;
+    return;
+  }
   for (int k = 16; k >= 1; k /= 2) {
     while (*e + k <= ideal) {
       uint64_t rem;

@@ -95,6 +95,27 @@ struct Pow10Tables {
 
 inline constexpr Pow10Tables kPow10{};
 
+// For exact division by 5^k without dividing: the inverse of 5^k modulo
+// 2^128, and the largest quotient, (2^128 - 1) / 5^k.  n is a multiple of
+// 5^k exactly when n * inverse (mod 2^128) does not exceed that bound, and
+// the product is then n / 5^k.
+struct Pow5Inverses {
+  u128 inv[39];
+  u128 lim[39];
+  constexpr Pow5Inverses() : inv{}, lim{} {
+    u128 p = 1;
+    for (int k = 0; k < 39; ++k) {
+      u128 x = p;  // correct to 3 bits for an odd number; each step doubles
+      for (int i = 0; i < 7; ++i) x *= 2 - p * x;
+      inv[k] = x;
+      lim[k] = ~(u128)0 / p;
+      p *= 5;
+    }
+  }
+};
+
+inline constexpr Pow5Inverses kPow5{};
+
 inline uint64_t pow10_64(int k) { return kPow10.p64[k]; }
 inline u128 pow10_128(int k) { return kPow10.p128[k]; }
 inline const u256& pow10_256(int k) { return kPow10.p256[k]; }
@@ -168,9 +189,10 @@ inline u256 divmod64(const u256& a, uint64_t d, uint64_t* rem) {
   if (a.hi == 0) return u256{divmod128_64(a.lo, d, rem), 0};
   uint64_t limb[4] = {(uint64_t)a.lo, (uint64_t)(a.lo >> 64), (uint64_t)a.hi,
                       (uint64_t)(a.hi >> 64)};
-  uint64_t q[4];
+  uint64_t q[4] = {0, 0, 0, 0};
   uint64_t r = 0;
-  for (int i = 3; i >= 0; --i) q[i] = div_step(r, limb[i], d, &r);
+  int top = limb[3] ? 3 : 2;  // a.hi is non-zero here
+  for (int i = top; i >= 0; --i) q[i] = div_step(r, limb[i], d, &r);
   *rem = r;
   return u256{((u128)q[1] << 64) | q[0], ((u128)q[3] << 64) | q[2]};
 }
