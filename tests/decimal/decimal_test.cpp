@@ -251,6 +251,22 @@ TEST_F(Flags, ConstantsAreWhatTheySay) {
   EXPECT_EQ(oruDEC32_SUBNORMAL_MIN, 1u);
 }
 
+// The remainder is exact whatever the size of the quotient (worked out by
+// hand: 10^300 = 1 mod 7, = 4 mod 6; 10^6000 = 1 mod 13), ties to even.
+TEST_F(Flags, RemainderOfAnyQuotient) {
+  EXPECT_EQ(oruDec64Remainder(d64(1, 300), d64(7, 0)), d64(1, 0));
+  EXPECT_EQ(oruDec64Remainder(d64(1, 300), d64(6, 0)), d64(-2, 0));
+  EXPECT_EQ(oruDec64Remainder(d64(-1, 300), d64(6, 0)), d64(2, 0));
+  EXPECT_EQ(oruDec64Remainder(d64(5, 0), d64(2, 0)), d64(1, 0));
+  EXPECT_EQ(oruDec64Remainder(d64(7, 0), d64(2, 0)), d64(-1, 0));
+  EXPECT_EQ(oruDec64Remainder(d64(1234567890123456, 0), d64(1, -1)), d64(0, -1));
+  oruDec128 r, x = d128v(1, 6000), y = d128v(13, 0);
+  EXPECT_TRUE(same(*oruDec128Remainder(&r, &x, &y), d128v(1, 0)));
+  EXPECT_EQ(oruDecSaveFlags(), 0);
+  EXPECT_EQ(oruDec64Remainder(d64(1, 0), d64(0, 0)), oruDEC64_QUIET_NAN);
+  EXPECT_EQ(oruDecSaveFlags(), ORU_DEC_INVALID);
+}
+
 TEST_F(Flags, ComparisonsAndSelections) {
   oruDec64 ten = d64(10, 0), e1 = d64(1, 1), qnan = oruDEC64_QUIET_NAN;
   EXPECT_EQ(oruDec64QuietEqual(e1, ten), 1);
