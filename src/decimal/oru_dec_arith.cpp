@@ -84,8 +84,16 @@ ORU_API oruDec64 oruDec64NextDown(oruDec64 x) { WITH_FLAGS(oruDec64, op_next<F64
 ORU_API oruDec64 oruDec64NextAfter(oruDec64 x, oruDec64 y) {
   WITH_FLAGS(oruDec64, op_next_after<F64>(x, y, &fl));
 }
-ORU_API void oruDec64Increment(oruDec64* x) { *x = oruDec64Add(*x, 0x31C0000000000001ull); }
-ORU_API void oruDec64Decrement(oruDec64* x) { *x = oruDec64Sub(*x, 0x31C0000000000001ull); }
+ORU_API void oruDec64Increment(oruDec64* x) {
+  uint32_t fl = 0;
+  *x = add64(*x, F64::pack(0, 1, 0), 0, &fl);
+  raise(fl);
+}
+ORU_API void oruDec64Decrement(oruDec64* x) {
+  uint32_t fl = 0;
+  *x = add64(*x, F64::pack(0, 1, 0), 1, &fl);
+  raise(fl);
+}
 ORU_API int oruDec64SameQuantum(oruDec64 x, oruDec64 y) { return op_same_quantum<F64>(x, y); }
 
 #define CMP64(name, rel, sig)                                           \
