@@ -230,8 +230,7 @@ TEST_F(Names, TempNamesSkipTakenNamesAndCheckRoomFirst) {
   size_t exact = dir.size() + 1 + 2 + 8 + 3 + 1;
   EXPECT_EQ(oruGetTempDirName((dir + "/").c_str(), "ab", "suf", name, exact - 2),
             ORU_E_BUFFER_TOO_SMALL);
-  EXPECT_EQ(oruGetTempDirName(dir.c_str(), "ab", "suf", name, exact - 1),
-            ORU_E_BUFFER_TOO_SMALL);
+  EXPECT_EQ(oruGetTempDirName(dir.c_str(), "ab", "suf", name, exact - 1), ORU_E_BUFFER_TOO_SMALL);
   ASSERT_EQ(oruGetTempDirName(dir.c_str(), "ab", "suf", name, exact), ORU_OK);
   EXPECT_TRUE(std::filesystem::is_directory(name));
   EXPECT_EQ(std::string(name).find(dir + "/ab"), 0u);

@@ -47,7 +47,8 @@ long model_root(const std::string& s) {
     if (server != std::string::npos && server > 2) {
       if (server + 1 == s.size()) return static_cast<long>(server + 1);
       size_t share = s.find_first_of("\\/", server + 1);
-      return share == std::string::npos ? static_cast<long>(s.size()) : static_cast<long>(share + 1);
+      return share == std::string::npos ? static_cast<long>(s.size())
+                                        : static_cast<long>(share + 1);
     }
   }
   return !s.empty() && s[0] == '/' ? 1 : -1;
@@ -134,9 +135,9 @@ TEST(Path, AbsoluteTest) {
   struct {
     const char* path;
     int absolute;
-  } cases[] = {{"\\\\x", 1}, {"//x", 1},  {"C:/x", 1}, {"z:\\", 1}, {"\\x", 0},
+  } cases[] = {{"\\\\x", 1}, {"//x", 1},  {"C:/x", 1}, {"z:\\", 1},  {"\\x", 0},
                {"C:x", 0},   {"\\/x", 0}, {"", 0},     {"1:\\x", 0}, {"\xC3:\\x", 0},
-               {"/x", 1},    {"/", 1},    {"/\\x", 1}, {"a", 0},    {"C:", 0}};
+               {"/x", 1},    {"/", 1},    {"/\\x", 1}, {"a", 0},     {"C:", 0}};
   for (const auto& c : cases) EXPECT_EQ(oruIsAbsolutePath(c.path), c.absolute) << c.path;
   EXPECT_EQ(oruIsAbsolutePath(nullptr), 0);
 }
@@ -262,8 +263,8 @@ TEST(Path, AbsolutePathDotRules) {
 }
 
 TEST(Path, MatchesModelOnRandomInputs) {
-  const char* tokens[] = {"\\", "/", ".", "..", "a", "bc", "C:", "x:", "\\\\srv", "//srv",
-                          "~1", "\xC3\xA9", ":", "...", "\\\\", "//"};
+  const char* tokens[] = {"\\",      "/",     ".",  "..",       "a", "bc",  "C:",   "x:",
+                          "\\\\srv", "//srv", "~1", "\xC3\xA9", ":", "...", "\\\\", "//"};
   std::mt19937 random(20240611);
   std::string here = cwd();
   for (int round = 0; round < 20000; ++round) {
