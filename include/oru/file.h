@@ -113,7 +113,9 @@ ORU_API oruResult oruSeekAndWrite(oruFile file, uint64_t offset, const void* buf
  * handle of the same file, in this process or another, conflicts with them;
  * they are advisory (reading and writing are not prevented) and go away when
  * the handle is closed.  A conflicting lock makes the call wait, or with
- * ORU_LOCK_NONBLOCK fail with ORU_E_AGAIN.  A length of 0 locks nothing and
+ * ORU_LOCK_NONBLOCK fail with ORU_E_AGAIN.  On POSIX systems an exclusive
+ * lock needs a handle open for writing and a shared one a handle open for
+ * reading (ORU_E_HANDLE otherwise).  A length of 0 locks nothing and
  * succeeds; a range reaching beyond 2^63 extends to the end of all possible
  * offsets.  Other failures are translated. */
 ORU_API oruResult oruLockFile(oruFile file, int flags, uint64_t offset, uint64_t length);

@@ -183,6 +183,11 @@ TEST_F(File, LocksBelongToTheHandle) {
   ASSERT_EQ(oruLockFile(a, kTryEx, 100, UINT64_MAX), ORU_OK);
   EXPECT_EQ(oruLockFile(b, kTry, uint64_t{1} << 62, 1), ORU_E_AGAIN);
 
+  // An exclusive lock needs write access, a shared one read access.
+  oruFile readOnly = open_ok(path("lock"), ORU_OPEN_READ);
+  EXPECT_EQ(oruLockFile(readOnly, kTryEx, 0, 1), ORU_E_HANDLE);
+  EXPECT_EQ(oruClose(readOnly), ORU_OK);
+
   // Closing the handle releases its locks.
   EXPECT_EQ(oruClose(a), ORU_OK);
   EXPECT_EQ(oruLockFile(b, kTryEx | ORU_LOCK_ALL, 0, 0), ORU_OK);

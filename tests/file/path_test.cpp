@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <unistd.h>
+#include <algorithm>
 #include <climits>
 #include <random>
 #include <string>
@@ -286,6 +287,10 @@ TEST(Path, MatchesModelOnRandomInputs) {
 
     std::string other = tokens[random() % (sizeof tokens / sizeof *tokens)];
     ASSERT_EQ(join(path, other), model_join(path, other));
+    std::vector<char> joined(path.size() + other.size() + 2);
+    std::copy(path.begin(), path.end(), joined.begin());
+    ASSERT_EQ(oruAppendToPath(joined.data(), other.c_str(), joined.data(), joined.size()), ORU_OK);
+    ASSERT_EQ(std::string(joined.data()), model_join(path, other));
 
     std::string full = model_is_absolute(path) ? path : model_join(here, path);
     std::string expected = model_normalize(full);
