@@ -17,7 +17,10 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <iterator>
+#include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 extern char** environ;
@@ -250,6 +253,35 @@ TEST_F(Names, TempNamesSkipTakenNamesAndCheckRoomFirst) {
   EXPECT_EQ(oruGetTempFileName(path("missing").c_str(), nullptr, nullptr, name, sizeof name),
             ORU_E_NOT_FOUND);
   EXPECT_EQ(oruGetTempFileName(dir.c_str(), nullptr, nullptr, nullptr, 100), ORU_E_INVALID_ARG);
+}
+
+TEST_F(Names, TempNamesFromSeveralThreadsAreAllNew) {
+  constexpr int kThreads = 4, kEach = 25;
+  std::vector<std::string> names[kThreads];
+  std::vector<std::thread> threads;
+  std::string dir = root_.string();
+  for (int t = 0; t < kThreads; ++t) {
+    threads.emplace_back([&, t] {
+      char name[4096];
+      for (int i = 0; i < kEach; ++i) {
+        bool directory = i % 2 == 0;
+        oruResult result = directory
+                               ? oruGetTempDirName(dir.c_str(), "c", nullptr, name, sizeof name)
+                               : oruGetTempFileName(dir.c_str(), "c", nullptr, name, sizeof name);
+        if (result == ORU_OK) names[t].push_back(name);
+      }
+    });
+  }
+  for (auto& thread : threads) thread.join();
+  std::set<std::string> all;
+  for (const auto& list : names) {
+    EXPECT_EQ(list.size(), size_t{kEach});
+    all.insert(list.begin(), list.end());
+  }
+  EXPECT_EQ(all.size(), size_t{kThreads * kEach});
+  EXPECT_EQ(static_cast<size_t>(std::distance(std::filesystem::directory_iterator(root_),
+                                              std::filesystem::directory_iterator())),
+            all.size());
 }
 
 // Runs checks as an unprivileged user: in a child that drops root, or here.
