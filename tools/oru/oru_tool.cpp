@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 
@@ -164,8 +165,17 @@ oruResult oru_read_chunks(const char* path, oru_chunk_sink& sink) {
   (void)::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
 #endif
   // One heap buffer per call: large enough to keep system calls rare, small
-  // enough that memory stays bounded.
-  std::unique_ptr<unsigned char[]> buffer(new unsigned char[ORU_CHUNK_SIZE]);
+  // enough that memory stays bounded.  Page-aligned: the kernel copies into
+  // a misaligned buffer several times more slowly.
+  struct page_free {
+    void operator()(unsigned char* p) const { std::free(p); }
+  };
+  void* raw = nullptr;
+  if (::posix_memalign(&raw, 4096, ORU_CHUNK_SIZE) != 0) {
+    if (!is_stdin) ::close(fd);
+    return ORU_E_OUT_OF_MEMORY;
+  }
+  std::unique_ptr<unsigned char, page_free> buffer(static_cast<unsigned char*>(raw));
   oruResult result = ORU_OK;
   for (;;) {
     const ssize_t n = ::read(fd, buffer.get(), ORU_CHUNK_SIZE);
