@@ -81,7 +81,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
   for (int i = 1; i < argc; ++i) {
     const char* arg = argv[i];
     if (only_operands || arg[0] != '-' || arg[1] == '\0') {
-      parsed.operands.push_back(arg);  // "-" is an operand: standard input
+      parsed.add_operand(arg);  // "-" is an operand: standard input
       continue;
     }
     if (arg[1] == '-') {
@@ -115,7 +115,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
       if (o->short_name == kHelp) {
         help = true;
       } else {
-        parsed.options.push_back({o->short_name, value});
+        parsed.add_option(o->short_name, value);
       }
       continue;
     }
@@ -124,7 +124,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
       const oru_option* o = options;
       while (o->short_name != 0 && o->short_name != arg[1]) ++o;
       if (o->short_name == 0) {
-        parsed.operands.push_back(arg);
+        parsed.add_operand(arg);
         continue;
       }
     }
@@ -136,7 +136,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
         return oru_usage_error(cmd, std::string("invalid option -- '") + *p + "'");
       }
       if (!o->has_value) {
-        parsed.options.push_back({o->short_name, nullptr});
+        parsed.add_option(o->short_name, nullptr);
         continue;
       }
       const char* value = p + 1;
@@ -146,7 +146,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
         }
         value = argv[++i];
       }
-      parsed.options.push_back({o->short_name, value});
+      parsed.add_option(o->short_name, value);
       break;
     }
   }

@@ -57,6 +57,18 @@ struct oru_parsed_options {
   };
   std::vector<entry> options;  // in command-line order
   std::vector<const char*> operands;
+  // Options and operands together in command-line order; operands have the
+  // name '\0'.
+  std::vector<entry> in_order;
+
+  void add_option(char name, const char* value) {
+    options.push_back({name, value});
+    in_order.push_back({name, value});
+  }
+  void add_operand(const char* operand) {
+    operands.push_back(operand);
+    in_order.push_back({'\0', operand});
+  }
 
   // The last value given for option `name`, or null.
   const char* last(char name) const;
