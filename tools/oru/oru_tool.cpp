@@ -1,15 +1,10 @@
 // The helpers shared by every command of the `oru` tool.
 #include "oru_tool.h"
+#include "oru_tool_platform.h"
 
 #include <cerrno>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
-#include <memory>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 int oru_fail(const char* command, const std::string& what, oruResult code) {
   const char* text = oruStrError(code);
@@ -157,41 +152,6 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
   return -1;
 }
 
-oruResult oru_read_chunks(const char* path, oru_chunk_sink& sink) {
-  const bool is_stdin = std::strcmp(path, "-") == 0;
-  int fd = is_stdin ? STDIN_FILENO : ::open(path, O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return _oru_map_posix_error(errno);
-#if defined(POSIX_FADV_SEQUENTIAL)
-  (void)::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
-#endif
-  // One heap buffer per call: large enough to keep system calls rare, small
-  // enough that memory stays bounded.  Page-aligned: the kernel copies into
-  // a misaligned buffer several times more slowly.
-  struct page_free {
-    void operator()(unsigned char* p) const { std::free(p); }
-  };
-  void* raw = nullptr;
-  if (::posix_memalign(&raw, 4096, ORU_CHUNK_SIZE) != 0) {
-    if (!is_stdin) ::close(fd);
-    return ORU_E_OUT_OF_MEMORY;
-  }
-  std::unique_ptr<unsigned char, page_free> buffer(static_cast<unsigned char*>(raw));
-  oruResult result = ORU_OK;
-  for (;;) {
-    const ssize_t n = ::read(fd, buffer.get(), ORU_CHUNK_SIZE);
-    if (n > 0) {
-      sink.consume(buffer.get(), static_cast<size_t>(n));
-    } else if (n == 0) {
-      break;
-    } else if (errno != EINTR) {
-      result = _oru_map_posix_error(errno);
-      break;
-    }
-  }
-  if (!is_stdin) ::close(fd);
-  return result;
-}
-
 oru_output::~oru_output() { discard(); }
 
 void oru_output::abandon() {
@@ -218,25 +178,7 @@ oruResult oru_output::open(const char* path) {
     return ORU_OK;
   }
   target_ = path;
-  // The temporary file lives in the target's directory so that the final
-  // rename stays on one file system and replaces the target in one step.
-  std::string pattern = target_ + ".oru-XXXXXX";
-  const int fd = ::mkstemp(pattern.data());
-  if (fd < 0) return _oru_map_posix_error(errno);
-  temporary_ = pattern;
-  // mkstemp creates the file readable by its owner only; give it the
-  // permissions an ordinary new file would get.
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  (void)::fchmod(fd, 0666 & ~mask);
-  stream_ = ::fdopen(fd, "wb");
-  if (stream_ == nullptr) {
-    const int err = errno;
-    ::close(fd);
-    discard();
-    return _oru_map_posix_error(err);
-  }
-  return ORU_OK;
+  return oru_create_temporary_beside(target_, temporary_, stream_);
 }
 
 oruResult oru_output::commit() {
@@ -254,10 +196,9 @@ oruResult oru_output::commit() {
     discard();
     return err != 0 ? _oru_map_posix_error(err) : ORU_E_IO;
   }
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
-    const int err = errno;
+  if (const oruResult r = oru_replace_file(temporary_, target_); ORU_FAILED(r)) {
     discard();
-    return _oru_map_posix_error(err);
+    return r;
   }
   temporary_.clear();
   return ORU_OK;
