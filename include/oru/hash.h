@@ -14,8 +14,9 @@ extern "C" {
 #endif
 
 /*
- * CRC checksums.  Each call checksums one whole buffer, starting from the
- * model's initial value; there is no way to continue an earlier result.
+ * CRC checksums.  Each call of oruComputeCRC or oruComputeCRC64 checksums
+ * one whole buffer, starting from the model's initial value; oruUpdateCRC and
+ * oruUpdateCRC64 (below) continue an earlier result.
  */
 
 /* Model numbers of oruComputeCRC. */

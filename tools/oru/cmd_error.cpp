@@ -14,23 +14,22 @@ extern const oru_command oru_cmd_error;
 namespace {
 
 constexpr char kUsage[] =
-    "Usage: oru error [OPTION]... CODE...\n"
-    "       oru error -e ERRNO...\n"
-    "       oru error -w NUMBER...\n"
-    "Print each result code with its symbolic name, its facility and its text.\n"
+    "Usage: oru error [OPTION]... [CODE]...\n"
+    "Print result codes with their symbolic names, their facilities and their\n"
+    "texts, one line each, in the order given.\n"
     "\n"
     "A CODE is hexadecimal (0x80070057) or decimal (2147942487 or -2147024809).\n"
     "\n"
-    "  -e, --errno       the operands are errno names (ENOENT) or numbers, put\n"
-    "                    through the library's errno translation\n"
-    "  -w, --win32       the operands are Win32 error numbers, put through the\n"
-    "                    library's Win32 translation\n"
-    "  -o, --output=FILE write to FILE instead of standard output\n"
-    "      --help        show this help and exit\n"
+    "  -e, --errno=ERRNO    the result for an errno name (ENOENT) or number, as\n"
+    "                       the library translates it\n"
+    "  -w, --win32=NUMBER   the result for a Win32 error number, as the library\n"
+    "                       translates it\n"
+    "  -o, --output=FILE    write to FILE instead of standard output\n"
+    "      --help           show this help and exit\n"
     "\n"
-    "Output, one line per code: CODE NAME FACILITY TEXT, separated by tabs;\n"
-    "NAME is '-' where the library has no name for the code.\n"
-    "Exit status: 0 on success, 1 if an operand was malformed, 2 on bad usage.\n";
+    "Output: CODE NAME FACILITY TEXT, separated by tabs; NAME is '-' where the\n"
+    "library has no name for the code.  -e and -w may be repeated.\n"
+    "Exit status: 0 on success, 1 if an argument was malformed, 2 on bad usage.\n";
 
 // The names of the public header, for codes the library defines.
 struct named_code {
@@ -213,28 +212,29 @@ bool parse_operand(char mode, const char* text, oruResult& code) {
 
 int run(int argc, char** argv) {
   static constexpr oru_option kOptions[] = {
-      {'e', "errno", false}, {'w', "win32", false}, {'o', "output", true}, {0, nullptr, false}};
+      {'e', "errno", true}, {'w', "win32", true}, {'o', "output", true}, {0, nullptr, false}};
   oru_parsed_options opts;
   if (int status = oru_parse_options(oru_cmd_error, argc, argv, kOptions, opts); status >= 0) {
     return status;
   }
   const char* cmd = oru_cmd_error.name;
-  if (opts.has('e') && opts.has('w')) {
-    return oru_usage_error(cmd, "--errno and --win32 exclude each other");
+  if (!opts.has('e') && !opts.has('w') && opts.operands.empty()) {
+    return oru_usage_error(cmd, "missing operand");
   }
-  if (opts.operands.empty()) return oru_usage_error(cmd, "missing operand");
-  const char mode = opts.has('e') ? 'e' : opts.has('w') ? 'w' : 'c';
 
   oru_output out;
   if (!oru_open_output(cmd, opts, out)) return ORU_EXIT_FAILURE;
   int status = ORU_EXIT_OK;
-  for (const char* operand : opts.operands) {
+  for (const oru_parsed_options::entry& e : opts.in_order) {
+    const char mode = e.name == '\0' ? 'c' : e.name;
+    if (mode != 'c' && mode != 'e' && mode != 'w') continue;
     oruResult code = ORU_OK;
-    if (!parse_operand(mode, operand, code)) {
+    if (!parse_operand(mode, e.value, code)) {
       const char* what = mode == 'e'   ? "unknown errno"
                          : mode == 'w' ? "malformed Win32 error number"
                                        : "malformed result code";
-      status = oru_fail(cmd, std::string(what) + " '" + operand + "'", ORU_E_INVALID_ARG);
+      std::fflush(out.stream());
+      status = oru_fail(cmd, std::string(what) + " '" + e.value + "'", ORU_E_INVALID_ARG);
       continue;
     }
     const char* text = oruStrError(code);

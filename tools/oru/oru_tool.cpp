@@ -1,14 +1,10 @@
 // The helpers shared by every command of the `oru` tool.
 #include "oru_tool.h"
+#include "oru_tool_platform.h"
 
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <memory>
-
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 int oru_fail(const char* command, const std::string& what, oruResult code) {
   const char* text = oruStrError(code);
@@ -80,7 +76,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
   for (int i = 1; i < argc; ++i) {
     const char* arg = argv[i];
     if (only_operands || arg[0] != '-' || arg[1] == '\0') {
-      parsed.operands.push_back(arg);  // "-" is an operand: standard input
+      parsed.add_operand(arg);  // "-" is an operand: standard input
       continue;
     }
     if (arg[1] == '-') {
@@ -114,7 +110,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
       if (o->short_name == kHelp) {
         help = true;
       } else {
-        parsed.options.push_back({o->short_name, value});
+        parsed.add_option(o->short_name, value);
       }
       continue;
     }
@@ -123,7 +119,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
       const oru_option* o = options;
       while (o->short_name != 0 && o->short_name != arg[1]) ++o;
       if (o->short_name == 0) {
-        parsed.operands.push_back(arg);
+        parsed.add_operand(arg);
         continue;
       }
     }
@@ -135,7 +131,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
         return oru_usage_error(cmd, std::string("invalid option -- '") + *p + "'");
       }
       if (!o->has_value) {
-        parsed.options.push_back({o->short_name, nullptr});
+        parsed.add_option(o->short_name, nullptr);
         continue;
       }
       const char* value = p + 1;
@@ -145,7 +141,7 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
         }
         value = argv[++i];
       }
-      parsed.options.push_back({o->short_name, value});
+      parsed.add_option(o->short_name, value);
       break;
     }
   }
@@ -154,32 +150,6 @@ int oru_parse_options(const oru_command& command, int argc, char** argv, const o
     return std::fflush(stdout) == 0 ? ORU_EXIT_OK : ORU_EXIT_FAILURE;
   }
   return -1;
-}
-
-oruResult oru_read_chunks(const char* path, oru_chunk_sink& sink) {
-  const bool is_stdin = std::strcmp(path, "-") == 0;
-  int fd = is_stdin ? STDIN_FILENO : ::open(path, O_RDONLY | O_CLOEXEC);
-  if (fd < 0) return _oru_map_posix_error(errno);
-#if defined(POSIX_FADV_SEQUENTIAL)
-  (void)::posix_fadvise(fd, 0, 0, POSIX_FADV_SEQUENTIAL);
-#endif
-  // One heap buffer per call: large enough to keep system calls rare, small
-  // enough that memory stays bounded.
-  std::unique_ptr<unsigned char[]> buffer(new unsigned char[ORU_CHUNK_SIZE]);
-  oruResult result = ORU_OK;
-  for (;;) {
-    const ssize_t n = ::read(fd, buffer.get(), ORU_CHUNK_SIZE);
-    if (n > 0) {
-      sink.consume(buffer.get(), static_cast<size_t>(n));
-    } else if (n == 0) {
-      break;
-    } else if (errno != EINTR) {
-      result = _oru_map_posix_error(errno);
-      break;
-    }
-  }
-  if (!is_stdin) ::close(fd);
-  return result;
 }
 
 oru_output::~oru_output() { discard(); }
@@ -208,25 +178,7 @@ oruResult oru_output::open(const char* path) {
     return ORU_OK;
   }
   target_ = path;
-  // The temporary file lives in the target's directory so that the final
-  // rename stays on one file system and replaces the target in one step.
-  std::string pattern = target_ + ".oru-XXXXXX";
-  const int fd = ::mkstemp(pattern.data());
-  if (fd < 0) return _oru_map_posix_error(errno);
-  temporary_ = pattern;
-  // mkstemp creates the file readable by its owner only; give it the
-  // permissions an ordinary new file would get.
-  const mode_t mask = ::umask(0);
-  ::umask(mask);
-  (void)::fchmod(fd, 0666 & ~mask);
-  stream_ = ::fdopen(fd, "wb");
-  if (stream_ == nullptr) {
-    const int err = errno;
-    ::close(fd);
-    discard();
-    return _oru_map_posix_error(err);
-  }
-  return ORU_OK;
+  return oru_create_temporary_beside(target_, temporary_, stream_);
 }
 
 oruResult oru_output::commit() {
@@ -244,10 +196,9 @@ oruResult oru_output::commit() {
     discard();
     return err != 0 ? _oru_map_posix_error(err) : ORU_E_IO;
   }
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
-    const int err = errno;
+  if (const oruResult r = oru_replace_file(temporary_, target_); ORU_FAILED(r)) {
     discard();
-    return _oru_map_posix_error(err);
+    return r;
   }
   temporary_.clear();
   return ORU_OK;
@@ -255,6 +206,10 @@ oruResult oru_output::commit() {
 
 bool oru_open_output(const char* command, const oru_parsed_options& parsed, oru_output& out) {
   const char* path = parsed.last('o');
+  if (path != nullptr && *path == '\0') {
+    oru_fail(command, "cannot create output ''", ORU_E_NOT_FOUND);
+    return false;
+  }
   const oruResult r = out.open(path);
   if (ORU_FAILED(r)) {
     oru_fail(command, std::string("cannot create output '") + path + "'", r);
