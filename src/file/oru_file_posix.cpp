@@ -34,7 +34,8 @@ template <typename ReadPiece>
 oruResult read_all(void* buffer, size_t count, size_t* bytesRead, ReadPiece piece) {
   char* at = static_cast<char*>(buffer);
   size_t done = 0;
-  while (done < count) {
+  // At least one call, so that a count of 0 still reports a bad handle.
+  do {
     size_t want = count - done < kChunk ? count - done : kChunk;
     ssize_t n = piece(at + done, want, done);
     if (n < 0) {
@@ -44,7 +45,7 @@ oruResult read_all(void* buffer, size_t count, size_t* bytesRead, ReadPiece piec
     }
     done += static_cast<size_t>(n);
     if (static_cast<size_t>(n) < want) break;
-  }
+  } while (done < count);
   *bytesRead = done;
   return ORU_OK;
 }
@@ -54,16 +55,16 @@ template <typename WritePiece>
 oruResult write_all(const void* buffer, size_t count, size_t* bytesWritten, WritePiece piece) {
   const char* at = static_cast<const char*>(buffer);
   size_t done = 0;
-  while (done < count) {
+  do {
     size_t want = count - done < kChunk ? count - done : kChunk;
     ssize_t n = piece(at + done, want, done);
     if (n < 0) {
       if (errno == EINTR) continue;
       return oru_map_posix_error(errno);
     }
-    if (n == 0) return ORU_E_NO_SPACE;  // no progress and no error
+    if (n == 0 && want > 0) return ORU_E_NO_SPACE;  // no progress and no error
     done += static_cast<size_t>(n);
-  }
+  } while (done < count);
   if (bytesWritten != nullptr) *bytesWritten = done;
   return ORU_OK;
 }

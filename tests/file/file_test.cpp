@@ -132,6 +132,8 @@ TEST_F(File, CountsOf32BitsAndMoreAreRefusedBeforeTheSystemCall) {
   }
   EXPECT_EQ(n, 7u);
   EXPECT_EQ(oruRead(bad, &byte, 1, &n), ORU_E_HANDLE);
+  EXPECT_EQ(oruRead(bad, &byte, 0, &n), ORU_E_HANDLE);  // a count of 0 asks the system too
+  EXPECT_EQ(oruWrite(bad, nullptr, 0, &n), ORU_E_HANDLE);
   EXPECT_EQ(oruSeekAndWrite(bad, 0, &byte, 1, &n), ORU_E_HANDLE);
 }
 
