@@ -180,7 +180,8 @@ TEST(CharsetRegistry, Examples) {
 void expect_regenerates(const std::string& command, const std::string& committed) {
   if (std::system("python3 -c pass >/dev/null 2>&1") != 0)
     GTEST_SKIP() << "python3 is not available to rerun the generator";
-  std::string out = ::testing::TempDir() + "/regenerated.cpp";
+  std::string out = ::testing::TempDir() + "/regenerated_" +
+                    ::testing::UnitTest::GetInstance()->current_test_info()->name() + ".cpp";
   ASSERT_EQ(std::system((command + " " + out + " 2>/dev/null").c_str()), 0) << command;
   EXPECT_TRUE(slurp(out) == slurp(committed)) << committed << " is stale: rerun " << command;
   std::remove(out.c_str());
