@@ -89,6 +89,72 @@ ORU_API oruResult oruSetLocaleParam(uint32_t id, const char* value);
  * than the result's length. */
 ORU_API oruResult oruNativeToStdLocale(const char* native, char* out, size_t size);
 
+
+/*
+ * Message catalogs.
+ *
+ * Text domains are bound to directories; a catalog is the file
+ *   DIR/LOCALE/CATEGORY/DOMAIN.mo
+ * (with the platform's separator), where LOCALE is a locale directory name
+ * such as "de_DE.windows-1252" (language_TERRITORY or language, ".", the
+ * application character set) and CATEGORY one of the names below.  The
+ * files are in this library's own binary format ("NWMO": a big-endian
+ * header, a table of 2^k hash slots and NUL-terminated msgid/translation
+ * pairs) and hold their translations in the application character set.
+ *
+ * Each catalog is read once, in one read, and kept until the process ends;
+ * a catalog that was looked for and not found (or found malformed) is
+ * remembered as missing for good, so a file created later is not seen by
+ * the running process.  Changing a binding does not affect catalogs already
+ * looked for.
+ *
+ * Lookups never fail: every failure gives back the very msgid pointer.  A
+ * translation returned is a pointer into a loaded catalog, valid until the
+ * process ends and usable from any thread.
+ */
+
+/* Categories: the library's own numbers.  Any other number finds no
+ * catalog. */
+#define ORU_LC_COLLATE 1
+#define ORU_LC_CTYPE 2
+#define ORU_LC_MONETARY 3
+#define ORU_LC_NUMERIC 4
+#define ORU_LC_TIME 5
+#define ORU_LC_MESSAGES 6
+
+/* Binds domain to the directory holding its catalogs, or (dirname NULL)
+ * queries the binding.  Returns the directory now bound, the library's own
+ * copy, which the caller must not free and which stays valid until the
+ * domain is bound again; NULL for a null or empty domain, for
+ * a query of an unbound domain, and when memory runs out.  A new binding of
+ * a domain (domains compare case-sensitively) replaces the earlier one. */
+ORU_API const char* oruBindTextDomain(const char* domain, const char* dirname);
+
+/* Sets (domain non-empty: a copy is stored) or queries (NULL) the calling
+ * thread's current domain; the empty string clears it.  Returns the current
+ * domain afterwards, "messages" when none is set.  The returned pointer is
+ * valid until the thread sets another domain or ends. */
+ORU_API const char* oruTextDomain(const char* domain);
+
+/* The general lookup.  domain NULL means "messages"; a null or empty locale
+ * lets the locale parameters choose the catalog: first
+ * language_TERRITORY.appcharset, then language.appcharset, then
+ * fallbacklanguage.appcharset, skipping a name whose parameters are empty.
+ * The first of them for which a catalog exists decides, even when it lacks
+ * msgid.  A given locale is used alone as LOCALE.appcharset (and one of 64
+ * characters or more finds nothing).  Returns the translation, or msgid
+ * itself when there is none or the translation is empty; NULL for a null
+ * msgid. */
+ORU_API const char* oruDCGetTextLC(const char* domain, const char* locale, const char* msgid,
+                                   int category);
+
+/* Shorthands of oruDCGetTextLC: the current domain, no locale and
+ * ORU_LC_MESSAGES where not given. */
+ORU_API const char* oruGetText(const char* msgid);
+ORU_API const char* oruDGetText(const char* domain, const char* msgid);
+ORU_API const char* oruDGetTextLC(const char* domain, const char* locale, const char* msgid);
+ORU_API const char* oruDCGetText(const char* domain, const char* msgid, int category);
+
 #ifdef __cplusplus
 }
 #endif

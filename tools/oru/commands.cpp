@@ -5,6 +5,7 @@
 
 #include "oru_tool.h"
 
+extern const oru_command oru_cmd_catalog;
 extern const oru_command oru_cmd_charset;
 extern const oru_command oru_cmd_convert;
 extern const oru_command oru_cmd_error;
@@ -19,6 +20,7 @@ extern const oru_command oru_cmd_time;
 // One row a command, alphabetical, so that adding one is a one-line change.
 // clang-format off
 const oru_command* const oru_commands[] = {
+    &oru_cmd_catalog,
     &oru_cmd_charset,
     &oru_cmd_convert,
     &oru_cmd_error,

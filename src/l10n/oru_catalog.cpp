@@ -1,0 +1,261 @@
+// Message catalogs: domain bindings, the per-thread current domain, the
+// process-wide catalog cache and the lookups.
+//
+// Two mutexes: the catalog mutex guards the cache, the binding mutex the
+// binding list.  Loading a catalog reads its binding while holding the
+// catalog mutex, so the order is always catalog mutex, then binding mutex.
+// Bindings, cache nodes and images are never freed; lookups read images
+// without a lock because an image never changes once published.
+#include <cstdio>
+#include <cstring>
+
+#include "oru/file.h"
+#include "oru/l10n.h"
+#include "oru/thread.h"
+#include "oru_catalog_format.h"
+#include "oru_catalog_platform.h"
+
+namespace {
+
+constexpr const char* kDefaultDomain = "messages";
+constexpr size_t kLocaleNameSize = 64;
+constexpr size_t kPathSize = 1024;
+constexpr uint32_t kBuckets = 128;
+
+struct oru_binding {
+  oru_binding* next;
+  char* domain;
+  char* directory;
+};
+
+struct oru_catalog_node {
+  uint32_t hash;
+  oru_catalog_node* next;
+  char* locale;
+  int32_t category;
+  char* domain;
+  char* path;            // null in a negative node
+  unsigned char* image;  // null: the catalog does not exist
+};
+
+oruOnce g_once = ORU_ONCE_INIT;
+bool g_ready = false;
+oruTlsKey g_domainKey;
+oruMutex g_catalogMutex = nullptr;
+oruMutex g_bindingMutex = nullptr;
+oru_binding* g_bindings = nullptr;
+oru_catalog_node* g_cache[kBuckets];
+
+void oru_catalog_init() {
+  if (oruTlsKeyCreate(&g_domainKey, oruFree) != ORU_OK) return;
+  if (oruMutexInit(&g_catalogMutex) != ORU_OK) return;
+  if (oruMutexInit(&g_bindingMutex) != ORU_OK) return;
+  g_ready = true;
+}
+
+bool ready() { return oruInitOnce(&g_once, oru_catalog_init) == ORU_OK && g_ready; }
+
+const char* const kCategoryNames[] = {"LC_COLLATE", "LC_CTYPE", "LC_MONETARY",
+                                      "LC_NUMERIC", "LC_TIME",  "LC_MESSAGES"};
+
+oru_binding* find_binding(const char* domain) {
+  for (oru_binding* b = g_bindings; b != nullptr; b = b->next) {
+    if (std::strcmp(b->domain, domain) == 0) return b;
+  }
+  return nullptr;
+}
+
+// Reads and validates the catalog at path; null when it is missing or bad.
+unsigned char* read_catalog(const char* path) {
+  oruFileInfo info{};
+  info.mask = ORU_FINFO_BASIC;
+  if (oruGetFileInfo(path, &info) != ORU_OK) return nullptr;
+  if (info.size < ORU_CATALOG_MIN_SIZE || info.size > 0xFFFFFFFFu) return nullptr;
+  size_t size = static_cast<size_t>(info.size);
+  oruFile file = nullptr;
+  if (oruOpenFile(path, ORU_OPEN_READ, &file) != ORU_OK) return nullptr;
+  auto* image = static_cast<unsigned char*>(oruMalloc(size));
+  size_t got = 0;
+  bool ok = image != nullptr && oruRead(file, image, size, &got) == ORU_OK && got == size &&
+            oru_catalog_validate(image, size) == nullptr;
+  oruClose(file);
+  if (!ok) {
+    oruFree(image);
+    return nullptr;
+  }
+  return image;
+}
+
+// Builds the path of a catalog and loads it.  Called with the catalog mutex
+// held; fills *pathOut with an own copy of the path on success.
+unsigned char* load_catalog(const char* locale, int category, const char* domain, char** pathOut) {
+  if (category < 1 || category > 6) return nullptr;
+  char path[kPathSize];
+  oruMutexLock(&g_bindingMutex);
+  oru_binding* b = find_binding(domain);
+  const char* dir = b != nullptr ? b->directory : nullptr;
+  int n = -1;
+  if (dir != nullptr) {
+    const char* sep = oru_catalog_path_separator();
+    n = std::snprintf(path, sizeof path, "%s%s%s%s%s%s%s.mo", dir, sep, locale, sep,
+                      kCategoryNames[category - 1], sep, domain);
+  }
+  oruMutexUnlock(&g_bindingMutex);
+  if (n < 0 || static_cast<size_t>(n) >= kPathSize) return nullptr;
+  unsigned char* image = read_catalog(path);
+  if (image == nullptr) return nullptr;
+  *pathOut = oruStrDup(path);
+  if (*pathOut == nullptr) {
+    oruFree(image);
+    return nullptr;
+  }
+  return image;
+}
+
+// The image of the catalog (locale, category, domain), or null when there
+// is none; looks for a file only the first time a triple is asked for.
+const unsigned char* find_catalog(const char* locale, int category, const char* domain) {
+  uint32_t h = oru_catalog_hash(locale);
+  h = h * 31u + static_cast<uint32_t>(category);
+  h = oru_catalog_hash(domain, h);
+  oru_catalog_node** bucket = &g_cache[h & (kBuckets - 1)];
+  if (oruMutexLock(&g_catalogMutex) != ORU_OK) return nullptr;
+  for (oru_catalog_node* n = *bucket; n != nullptr; n = n->next) {
+    if (n->hash == h && n->category == category && std::strcmp(n->locale, locale) == 0 &&
+        std::strcmp(n->domain, domain) == 0) {
+      const unsigned char* image = n->image;
+      oruMutexUnlock(&g_catalogMutex);
+      return image;
+    }
+  }
+  char* path = nullptr;
+  unsigned char* image = load_catalog(locale, category, domain, &path);
+  auto* node = static_cast<oru_catalog_node*>(oruMalloc(sizeof(oru_catalog_node)));
+  char* localeCopy = oruStrDup(locale);
+  char* domainCopy = oruStrDup(domain);
+  if (node == nullptr || localeCopy == nullptr || domainCopy == nullptr) {
+    // Nothing is remembered; a loaded image is still answered this once
+    // but would leak if kept unreferenced, so it is given up as well.
+    oruFree(node);
+    oruFree(localeCopy);
+    oruFree(domainCopy);
+    oruFree(path);
+    oruFree(image);
+    oruMutexUnlock(&g_catalogMutex);
+    return nullptr;
+  }
+  *node = oru_catalog_node{h, *bucket, localeCopy, category, domainCopy, path, image};
+  *bucket = node;
+  oruMutexUnlock(&g_catalogMutex);
+  return image;
+}
+
+bool read_param(uint32_t id, char* buffer) {
+  return oruGetLocaleParam(id, 0, buffer, kLocaleNameSize) == ORU_OK && buffer[0] != '\0';
+}
+
+}  // namespace
+
+extern "C" {
+
+ORU_API const char* oruBindTextDomain(const char* domain, const char* dirname) {
+  if (!ready() || domain == nullptr || domain[0] == '\0') return nullptr;
+  const char* result = nullptr;
+  oruMutexLock(&g_bindingMutex);
+  oru_binding* b = find_binding(domain);
+  if (dirname == nullptr) {
+    result = b != nullptr ? b->directory : nullptr;
+  } else if (char* copy = oruStrDup(dirname); copy != nullptr) {
+    if (b != nullptr) {
+      oruFree(b->directory);
+      b->directory = copy;
+      result = copy;
+    } else {
+      auto* node = static_cast<oru_binding*>(oruMalloc(sizeof(oru_binding)));
+      char* domainCopy = oruStrDup(domain);
+      if (node != nullptr && domainCopy != nullptr) {
+        *node = oru_binding{g_bindings, domainCopy, copy};
+        g_bindings = node;
+        result = copy;
+      } else {
+        oruFree(node);
+        oruFree(domainCopy);
+        oruFree(copy);
+      }
+    }
+  }
+  oruMutexUnlock(&g_bindingMutex);
+  return result;
+}
+
+ORU_API const char* oruTextDomain(const char* domain) {
+  if (!ready()) return kDefaultDomain;
+  if (domain != nullptr) {
+    if (domain[0] == '\0') {
+      oruTlsSet(g_domainKey, nullptr);
+    } else if (char* copy = oruStrDup(domain); copy != nullptr) {
+      if (oruTlsSet(g_domainKey, copy) != ORU_OK) oruFree(copy);
+    }
+  }
+  const char* current = static_cast<const char*>(oruTlsGet(g_domainKey));
+  return current != nullptr ? current : kDefaultDomain;
+}
+
+ORU_API const char* oruDCGetTextLC(const char* domain, const char* locale, const char* msgid,
+                                   int category) {
+  if (msgid == nullptr) return nullptr;
+  if (!ready()) return msgid;
+  if (domain == nullptr) domain = kDefaultDomain;
+  char charset[kLocaleNameSize];
+  char name[kLocaleNameSize];
+  const unsigned char* image = nullptr;
+  if (locale != nullptr && locale[0] != '\0') {
+    if (std::strlen(locale) >= kLocaleNameSize || !read_param(ORU_LP_APP_CHARSET, charset)) {
+      return msgid;
+    }
+    int n = std::snprintf(name, sizeof name, "%s.%s", locale, charset);
+    if (n < 0 || static_cast<size_t>(n) >= sizeof name) return msgid;
+    image = find_catalog(name, category, domain);
+  } else {
+    char language[kLocaleNameSize];
+    char territory[kLocaleNameSize];
+    char fallback[kLocaleNameSize];
+    if (!read_param(ORU_LP_APP_CHARSET, charset)) return msgid;
+    bool haveLanguage = read_param(ORU_LP_LANGUAGE, language);
+    bool haveTerritory = read_param(ORU_LP_TERRITORY, territory);
+    bool haveFallback = read_param(ORU_LP_FALLBACK_LANGUAGE, fallback);
+    for (int candidate = 0; candidate < 3 && image == nullptr; ++candidate) {
+      int n = -1;
+      if (candidate == 0 && haveLanguage && haveTerritory) {
+        n = std::snprintf(name, sizeof name, "%s_%s.%s", language, territory, charset);
+      } else if (candidate == 1 && haveLanguage) {
+        n = std::snprintf(name, sizeof name, "%s.%s", language, charset);
+      } else if (candidate == 2 && haveFallback) {
+        n = std::snprintf(name, sizeof name, "%s.%s", fallback, charset);
+      }
+      if (n < 0 || static_cast<size_t>(n) >= sizeof name) continue;
+      image = find_catalog(name, category, domain);
+    }
+  }
+  if (image == nullptr) return msgid;
+  const char* translation = oru_catalog_find(image, msgid);
+  return translation != nullptr && translation[0] != '\0' ? translation : msgid;
+}
+
+ORU_API const char* oruGetText(const char* msgid) {
+  return oruDCGetTextLC(oruTextDomain(nullptr), nullptr, msgid, ORU_LC_MESSAGES);
+}
+
+ORU_API const char* oruDGetText(const char* domain, const char* msgid) {
+  return oruDCGetTextLC(domain, nullptr, msgid, ORU_LC_MESSAGES);
+}
+
+ORU_API const char* oruDGetTextLC(const char* domain, const char* locale, const char* msgid) {
+  return oruDCGetTextLC(domain, locale, msgid, ORU_LC_MESSAGES);
+}
+
+ORU_API const char* oruDCGetText(const char* domain, const char* msgid, int category) {
+  return oruDCGetTextLC(domain, nullptr, msgid, category);
+}
+
+}  // extern "C"
