@@ -184,8 +184,10 @@ bool po_parser::keyword_line(const char* p, const char* end) {
       last_ = field::msgid;
       entry_.line = line_;
     }
-    entry_.fuzzy = fuzzyPending_;
-    fuzzyPending_ = false;
+    if (startsEntry) {
+      entry_.fuzzy = fuzzyPending_;
+      fuzzyPending_ = false;
+    }
     return append_string(p, end, keyword == "msgctxt" ? entry_.context : entry_.msgid);
   }
   if (keyword == "msgid_plural") {
@@ -401,6 +403,8 @@ std::string oru_catalog_build(const std::vector<std::pair<std::string, std::stri
   size_t size = ORU_CATALOG_HEADER_SIZE + 4 * size_t{slots};
   for (const auto& [key, value] : pairs) size += key.size() + value.size() + 2;
   size += 2;
+  // An empty catalog is padded to the smallest size a loader accepts.
+  if (size < ORU_CATALOG_MIN_SIZE) size = ORU_CATALOG_MIN_SIZE;
   std::string out(size, '\0');
   auto put32 = [&out](size_t at, uint32_t v) {
     out[at] = static_cast<char>(v >> 24);
