@@ -154,6 +154,30 @@ bool read_param(uint32_t id, char* buffer) {
   return oruGetLocaleParam(id, 0, buffer, kLocaleNameSize) == ORU_OK && buffer[0] != '\0';
 }
 
+struct locale_parts {
+  const char* language;
+  const char* territory;  // null: none
+  const char* charset;
+};
+
+// Writes language[_territory].charset into the 64-byte buffer `out`; false
+// when it does not fit.  (Lookups are frequent: no printf here.)
+bool locale_name(char* out, const locale_parts& parts) {
+  size_t at = 0;
+  auto append = [&](const char* text) {
+    size_t n = std::strlen(text);
+    if (n >= kLocaleNameSize - at) return false;
+    std::memcpy(out + at, text, n);
+    at += n;
+    return true;
+  };
+  bool ok = append(parts.language) &&
+            (parts.territory == nullptr || (append("_") && append(parts.territory))) &&
+            append(".") && append(parts.charset);
+  if (ok) out[at] = '\0';
+  return ok;
+}
+
 }  // namespace
 
 extern "C" {
@@ -207,33 +231,29 @@ ORU_API const char* oruDCGetTextLC(const char* domain, const char* locale, const
   if (!ready()) return msgid;
   if (domain == nullptr) domain = kDefaultDomain;
   char charset[kLocaleNameSize];
+  if (!read_param(ORU_LP_APP_CHARSET, charset)) return msgid;
   char name[kLocaleNameSize];
   const unsigned char* image = nullptr;
   if (locale != nullptr && locale[0] != '\0') {
-    if (std::strlen(locale) >= kLocaleNameSize || !read_param(ORU_LP_APP_CHARSET, charset)) {
+    if (std::strlen(locale) >= kLocaleNameSize || !locale_name(name, {locale, nullptr, charset})) {
       return msgid;
     }
-    int n = std::snprintf(name, sizeof name, "%s.%s", locale, charset);
-    if (n < 0 || static_cast<size_t>(n) >= sizeof name) return msgid;
     image = find_catalog(name, category, domain);
   } else {
+    // Parameters are read only as far as the candidates need them.
     char language[kLocaleNameSize];
     char territory[kLocaleNameSize];
-    char fallback[kLocaleNameSize];
-    if (!read_param(ORU_LP_APP_CHARSET, charset)) return msgid;
     bool haveLanguage = read_param(ORU_LP_LANGUAGE, language);
-    bool haveTerritory = read_param(ORU_LP_TERRITORY, territory);
-    bool haveFallback = read_param(ORU_LP_FALLBACK_LANGUAGE, fallback);
-    for (int candidate = 0; candidate < 3 && image == nullptr; ++candidate) {
-      int n = -1;
-      if (candidate == 0 && haveLanguage && haveTerritory) {
-        n = std::snprintf(name, sizeof name, "%s_%s.%s", language, territory, charset);
-      } else if (candidate == 1 && haveLanguage) {
-        n = std::snprintf(name, sizeof name, "%s.%s", language, charset);
-      } else if (candidate == 2 && haveFallback) {
-        n = std::snprintf(name, sizeof name, "%s.%s", fallback, charset);
-      }
-      if (n < 0 || static_cast<size_t>(n) >= sizeof name) continue;
+    if (haveLanguage && read_param(ORU_LP_TERRITORY, territory) &&
+        locale_name(name, {language, territory, charset})) {
+      image = find_catalog(name, category, domain);
+    }
+    if (image == nullptr && haveLanguage && locale_name(name, {language, nullptr, charset})) {
+      image = find_catalog(name, category, domain);
+    }
+    char fallback[kLocaleNameSize];
+    if (image == nullptr && read_param(ORU_LP_FALLBACK_LANGUAGE, fallback) &&
+        locale_name(name, {fallback, nullptr, charset})) {
       image = find_catalog(name, category, domain);
     }
   }

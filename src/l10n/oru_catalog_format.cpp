@@ -64,11 +64,17 @@ const char* oru_catalog_find(const unsigned char* image, const char* msgid) {
   if (count == 0) return nullptr;
   const uint32_t* slots = oru_catalog_slots(image);
   uint32_t mask = count - 1;
-  uint32_t home = oru_catalog_hash(msgid) & mask;
+  // Hash and length in one pass: a matching key has the msgid's length,
+  // so its translation starts length + 1 bytes after it.
+  uint32_t h = 0;
+  const unsigned char* p = reinterpret_cast<const unsigned char*>(msgid);
+  for (; *p != 0; ++p) h = h * 31u + *p;
+  size_t length = static_cast<size_t>(p - reinterpret_cast<const unsigned char*>(msgid));
+  uint32_t home = h & mask;
   uint32_t i = home;
   while (slots[i] != 0) {
     const char* key = reinterpret_cast<const char*>(image) + slots[i];
-    if (std::strcmp(key, msgid) == 0) return key + std::strlen(key) + 1;
+    if (key[0] == msgid[0] && std::strcmp(key, msgid) == 0) return key + length + 1;
     i = (i + 1) & mask;
     if (i == home) break;
   }
