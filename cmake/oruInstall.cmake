@@ -16,16 +16,24 @@ install(EXPORT oruTargets NAMESPACE oru:: DESTINATION ${ORU_INSTALL_CMAKEDIR})
 configure_package_config_file(cmake/oruConfig.cmake.in
   ${PROJECT_BINARY_DIR}/oruConfig.cmake
   INSTALL_DESTINATION ${ORU_INSTALL_CMAKEDIR})
+# While the major version is 0 every minor version may break the interface,
+# so find_package(oru 0.1) accepts 0.1.x only.  From 1.0 on this becomes
+# SameMajorVersion, with the SONAME following the major version.
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/oruConfigVersion.cmake
-  COMPATIBILITY SameMajorVersion)
+  COMPATIBILITY SameMinorVersion)
 install(FILES ${PROJECT_BINARY_DIR}/oruConfig.cmake ${PROJECT_BINARY_DIR}/oruConfigVersion.cmake
   DESTINATION ${ORU_INSTALL_CMAKEDIR})
 
-# pkg-config paths are written relative to ${prefix} so the installed tree
-# can be moved.
-file(RELATIVE_PATH ORU_PC_TO_PREFIX
-  /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
-configure_file(cmake/oru.pc.in ${PROJECT_BINARY_DIR}/oru.pc @ONLY)
+# The pkg-config file names the prefix the tree is installed to, which is
+# known only at install time (cmake --install --prefix may choose another):
+# the file is configured here with the prefix left open and finished by the
+# install step.
+set(ORU_PC_PREFIX "@ORU_PC_PREFIX@")
+configure_file(cmake/oru.pc.in ${PROJECT_BINARY_DIR}/oru.pc.in @ONLY)
+install(CODE "
+  set(ORU_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\")
+  configure_file(\"${PROJECT_BINARY_DIR}/oru.pc.in\" \"${PROJECT_BINARY_DIR}/oru.pc\" @ONLY)
+")
 install(FILES ${PROJECT_BINARY_DIR}/oru.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
 
 # The command-line tool goes to bin/ and finds the library relative to

@@ -6,10 +6,15 @@
 
 #include <errno.h>
 #include <stdio.h>
+#include <string.h>
 
 static void show_result(const char* origin, oruResult r) {
   const char* text = oruStrError(r);
-  printf("  %-28s -> 0x%08x  %s\n", origin, (unsigned)r, text != NULL ? text : "(no memory)");
+  int length;
+  if (text == NULL) text = "(no memory)";
+  /* System messages of Win32 numbers end in "\r\n", as on Windows. */
+  length = (int)strcspn(text, "\r\n");
+  printf("  %-28s -> 0x%08x  %.*s\n", origin, (unsigned)r, length, text);
 }
 
 int main(void) {
@@ -23,12 +28,16 @@ int main(void) {
   show_result("errno ENOTDIR", _oru_map_posix_error(ENOTDIR));
   show_result("errno 99 (no name of ours)", _oru_map_posix_error(99));
   show_result("Win32 ERROR_ACCESS_DENIED", _oru_map_win32_error(5));
+  show_result("errno EINVAL", _oru_map_posix_error(EINVAL));
   show_result("Win32 2403 (falls through)", _oru_map_win32_error(2403));
   show_result("Win32 0", _oru_map_win32_error(0));
   show_result("ORU_E_TIMEDOUT", ORU_E_TIMEDOUT);
   show_result("ORU_E_NO_DEVICE (no text)", ORU_E_NO_DEVICE);
 
-  puts("\nASCII case-insensitive order, whatever the locale:");
+  /* The comparison lower-cases A-Z and compares bytes: '_' (0x5F) sorts
+   * before the lower-cased letters but after the upper-case ones, so this
+   * is no sort order for text that mixes letters and punctuation. */
+  puts("\nASCII case-insensitive comparison of lower-cased bytes, whatever the locale:");
   for (i = 0; i < sizeof words / sizeof words[0]; ++i) {
     for (j = i + 1; j < sizeof words / sizeof words[0]; ++j) {
       int c = oruASCIIStrCaseCmp(words[i], words[j], -1);

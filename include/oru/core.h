@@ -128,11 +128,26 @@ ORU_API char* oruStrDup(const char* text);
 
 /* The text of a result code, for people.  Valid at least until the calling
  * thread calls oruStrError again; not to be freed.  Null only when memory for
- * a formatted text is exhausted. */
+ * a formatted text is exhausted.
+ *  - the library's own codes: their constant texts ("Device or resource
+ *    busy");
+ *  - Win32-facility codes (0x8007xxxx, among them ORU_E_INVALID_ARG,
+ *    ORU_E_ACCESS_DENIED, ORU_E_OUT_OF_MEMORY and ORU_E_HANDLE): the system's
+ *    message, as FormatMessageA gives it on an English Windows, trailing
+ *    "\r\n" included ("The parameter is incorrect.\r\n").  Where the system
+ *    has no such messages, the library carries the English texts of every
+ *    number that _oru_map_win32_error translates, so the same code prints
+ *    the same text on every platform; other numbers give "error 0x8007xxxx";
+ *  - errno-facility codes (0x9622xxxx): strerror's text;
+ *  - any other failure code: "error %#08x"; success codes, ORU_OK included:
+ *    "unknown result code %#08x". */
 ORU_API const char* oruStrError(oruResult code);
 
 /*
- * For companion modules rather than applications.
+ * For companion modules rather than applications; the translators are also
+ * the supported way for an application to turn an errno value (or a Win32
+ * error number) of its own into a result code, e.g. to report a failed
+ * fopen through the same texts as the library's failures.
  */
 
 /* The same operations as oruMalloc, oruCalloc and oruFree. */

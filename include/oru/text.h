@@ -63,6 +63,12 @@ ORU_API int oruASCIIToUpper(char c);
  * 0x20, so letters compare raw against "[", "\\", "]", "^" and "_": "A" sorts
  * before "_" while "a" sorts after it.  At a terminator the raw bytes are
  * compared.
+ *
+ * This makes it an equality test that ignores case, not a total order for
+ * sorting: across letters and punctuation it is not even transitive
+ * ("Hello" < "_under", yet "hello" > "_under" while "Hello" equals
+ * "hello").  Use it as a sort comparator only for strings of letters and
+ * digits.
  */
 ORU_API int oruASCIIStrCaseCmp(const char* a, const char* b, int64_t n);
 

@@ -11,7 +11,20 @@ extern "C" {
 #endif
 
 /* A point in time: seconds since 1970-01-01 00:00:00 UTC and microseconds,
- * normally 0 to 999999.  Also used as a span (the result of oruTimeValSub). */
+ * normally 0 to 999999.  Also used as a span (the result of oruTimeValSub).
+ *
+ * The seconds are a signed 32-bit number, so a time value reaches only from
+ * 1901-12-13 20:45:52 to 2038-01-19 03:14:07 UTC.  Nothing in the library
+ * widens them:
+ *  - after 2038-01-19 03:14:07 UTC, oruGetCurrentTime gives the system time
+ *    modulo 2^32 seconds, a time 136 years earlier (03:14:08 that day reads
+ *    as 1901-12-13 20:45:52), and the calendar functions convert that value
+ *    as it stands;
+ *  - oruTimeValAdd and oruTimeValSub wrap the same way, so a deadline
+ *    computed past 2038-01-19 03:14:07 lands in 1901: it compares as long
+ *    passed, and a timed wait on it (oruCondVarTimedWait) times out at once;
+ *  - oruTimeValCmp compares the signed values and so orders wrongly across
+ *    the wrap. */
 typedef struct oruTimeVal {
   int32_t sec;
   int32_t usec;

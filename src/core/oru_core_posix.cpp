@@ -32,6 +32,15 @@ void write_all(int fd, const char* text, size_t length) {
 // POSIX has no thread-local Win32 error; its last system error is errno.
 extern "C" ORU_API oruResult _oru_map_last_win32_error(void) { return _oru_map_posix_error(errno); }
 
+// There is no FormatMessageA here: the compiled-in English texts stand in for
+// it, so the same code prints the same text on every platform.
+bool oru_system_message(uint32_t number, char* buffer, size_t size) {
+  const char* text = oru_win32_message_text(number);
+  if (text == nullptr || size == 0) return false;
+  std::snprintf(buffer, size, "%s", text);
+  return true;
+}
+
 void oru_fatal_error(unsigned long err, const char* context) noexcept {
   // Built in one buffer and written with a single write(2): stdio may be
   // what is broken, and other threads may be writing too.

@@ -20,6 +20,16 @@ inline oruResult oru_map_posix_error(int err) { return _oru_map_posix_error(err)
 inline oruResult oru_map_win32_error(uint32_t err) { return _oru_map_win32_error(err); }
 inline oruResult oru_map_last_win32_error() { return _oru_map_last_win32_error(); }
 
+// The English system message of a Win32 error number that the translator
+// names (as FormatMessageA gives it, "\r\n" included), or null for any other
+// number.  The text source of Win32-facility codes where the system has none.
+const char* oru_win32_message_text(uint32_t number);
+
+// Writes the system's message for a Win32 error number into buffer (size
+// bytes, always terminated) and returns true, or returns false when the
+// system has no message for it.
+bool oru_system_message(uint32_t number, char* buffer, size_t size);
+
 // The system error number that reports an allocation failure to
 // oru_fatal_error: ERROR_OUTOFMEMORY on Windows, ENOMEM elsewhere.
 #if defined(_WIN32)

@@ -1,9 +1,10 @@
 // Texts for result codes.
 //
-// The library's own codes have constant texts; errno-derived codes get the C
-// library's text; everything else gets a formatted text that is kept per
-// thread under a thread-local key (destructor oruFree), so that it stays
-// valid until the same thread asks again.
+// The library's own codes have constant texts; Win32-derived codes get the
+// system's message (compiled-in English texts where the system has none);
+// errno-derived codes get the C library's text; everything else gets a formatted text that is kept
+// per thread under a thread-local key (destructor oruFree), so that it stays valid until the same
+// thread asks again.
 
 #include "core/oru_internal.h"
 #include "oru/thread.h"
@@ -94,10 +95,6 @@ const char* constant_text(uint32_t code) {
   return nullptr;
 }
 
-// The system's text for a Win32 error number.  Only Windows has a source for
-// these; elsewhere the formatted fallback is the defined result.
-bool system_message(uint32_t /*number*/, char* /*buffer*/, size_t /*size*/) { return false; }
-
 // Keeps a text for the calling thread until its next call and returns the
 // kept copy (null when it cannot be copied).
 const char* keep_for_thread(const char* text) {
@@ -134,7 +131,7 @@ extern "C" ORU_API const char* oruStrError(oruResult code) {
       return formatted("error %#08x", value);
     case ORU_FACILITY_WIN32: {
       char buffer[kTextBufferSize];
-      if (system_message(ORU_RESULT_CODE(value), buffer, sizeof buffer)) {
+      if (oru_system_message(ORU_RESULT_CODE(value), buffer, sizeof buffer)) {
         return keep_for_thread(buffer);
       }
       return formatted("error %#08x", value);

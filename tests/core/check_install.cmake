@@ -1,5 +1,7 @@
-# Installs the built library into a scratch prefix, then builds and runs a C
-# program against it twice: through find_package(oru) and through pkg-config.
+# The README's consumer recipes: installs the built library into a scratch
+# prefix, then builds and runs a C program against it twice, through
+# find_package(oru) and through pkg-config, with the commands the README
+# shows.
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 
@@ -28,6 +30,13 @@ run(${WORK_DIR}/cmake-build/consumer)
 if(NOT last_output STREQUAL "consumer ok\n")
   message(FATAL_ERROR "find_package consumer printed: ${last_output}")
 endif()
+# While the major version is 0, another minor version is incompatible.
+execute_process(COMMAND ${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/cmake-build-0.2
+    -G Ninja -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_C_COMPILER=${C_COMPILER} -DORU_WANTED=0.2
+  RESULT_VARIABLE status OUTPUT_QUIET ERROR_QUIET)
+if(status EQUAL 0)
+  message(FATAL_ERROR "find_package(oru 0.2) accepted version 0.1")
+endif()
 
 # pkg-config
 if(NOT PKG_CONFIG)
@@ -41,12 +50,14 @@ endif()
 list(GET pc_file 0 pc_file)
 get_filename_component(pc_dir ${pc_file} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-run(${PKG_CONFIG} --cflags --libs oru)
-string(STRIP "${last_output}" pc_flags)
-separate_arguments(pc_flags UNIX_COMMAND "${pc_flags}")
-separate_arguments(san UNIX_COMMAND "${flags}")
-run(${C_COMPILER} ${san} ${CONSUMER_DIR}/consumer.c -o ${WORK_DIR}/pc-consumer ${pc_flags}
-    -Wl,-rpath,${pc_dir}/..)
+run(${PKG_CONFIG} --variable=includedir oru)
+if(NOT last_output STREQUAL "${prefix}/include\n")
+  message(FATAL_ERROR "pkg-config gives the include directory as ${last_output}")
+endif()
+# The README's command, run by the shell as written there.
+set(ENV{CFLAGS} "${flags}")
+run(sh -c "${C_COMPILER} $CFLAGS ${CONSUMER_DIR}/consumer.c -o ${WORK_DIR}/pc-consumer \
+$(${PKG_CONFIG} --cflags --libs oru) -Wl,-rpath,$(${PKG_CONFIG} --variable=libdir oru)")
 run(${WORK_DIR}/pc-consumer)
 if(NOT last_output STREQUAL "consumer ok\n")
   message(FATAL_ERROR "pkg-config consumer printed: ${last_output}")

@@ -46,10 +46,45 @@ TEST(StrError, UnlistedCodesAreFormatted) {
   EXPECT_EQ(text_of(static_cast<oruResult>(0x80040005u)), "error 0x80040005");
 }
 
-TEST(StrError, Win32CodesFallBackToTheNumberWithoutASystemText) {
-  // This system has no message texts for Win32 numbers.
-  EXPECT_EQ(text_of(ORU_E_INVALID_ARG), "error 0x80070057");
-  EXPECT_EQ(text_of(static_cast<oruResult>(0x80070002u)), "error 0x80070002");
+TEST(StrError, Win32CodesGiveTheEnglishSystemMessage) {
+  // The library's own Win32-facility codes, and what errno values map to.
+  EXPECT_EQ(text_of(ORU_E_INVALID_ARG), "The parameter is incorrect.\r\n");
+  EXPECT_EQ(text_of(_oru_map_posix_error(EINVAL)), "The parameter is incorrect.\r\n");
+  EXPECT_EQ(text_of(_oru_map_posix_error(EACCES)), "Access is denied.\r\n");
+  EXPECT_EQ(text_of(_oru_map_posix_error(ENOMEM)),
+            "Not enough memory resources are available to complete this operation.\r\n");
+  EXPECT_EQ(text_of(_oru_map_posix_error(EBADF)), "The handle is invalid.\r\n");
+  // Numbers through the Win32 translator and as raw codes.
+  EXPECT_EQ(text_of(static_cast<oruResult>(0x80070002u)),
+            "The system cannot find the file specified.\r\n");
+  EXPECT_EQ(text_of(static_cast<oruResult>(0x800700C1u)),
+            "%1 is not a valid Win32 application.\r\n");
+  EXPECT_EQ(text_of(static_cast<oruResult>(0x800703E6u)), "Invalid access to memory location.\r\n");
+  // Numbers without a text keep the formatted form.
+  EXPECT_EQ(text_of(static_cast<oruResult>(0x80070001u)), "error 0x80070001");
+  EXPECT_EQ(text_of(static_cast<oruResult>(0x80070963u)), "error 0x80070963");  // 2403
+}
+
+TEST(StrError, EveryWin32NumberTheTranslatorNamesHasAText) {
+  // The translator names a number when it gives anything but the generic
+  // form, or when the generic form is one of the library's own codes;
+  // exactly those numbers have a system text, one line ending in "\r\n".
+  for (uint32_t number = 1; number <= 0xFFFF; ++number) {
+    const auto code = static_cast<oruResult>(0x80070000u | number);
+    const bool named = _oru_map_win32_error(number) != code || code == ORU_E_ACCESS_DENIED ||
+                       code == ORU_E_HANDLE || code == ORU_E_OUT_OF_MEMORY ||
+                       code == ORU_E_INVALID_ARG;
+    const std::string text = text_of(code);
+    if (named) {
+      ASSERT_GE(text.size(), 3u) << number;
+      EXPECT_EQ(text.substr(text.size() - 2), "\r\n") << number;
+      EXPECT_EQ(text.find('\n'), text.size() - 1) << number;
+    } else {
+      char expected[32];
+      std::snprintf(expected, sizeof expected, "error %#08x", static_cast<unsigned>(code));
+      ASSERT_EQ(text, expected) << number;
+    }
+  }
 }
 
 TEST(StrError, ErrnoCodesUseTheCLibraryText) {
