@@ -163,6 +163,40 @@ TEST(UtfWalk, Utf8ValidateAndCountAtEveryAlignment) {
   }
 }
 
+// Whole ill-formed sequences written over valid text at every position of a
+// 64-byte window: the range rules that the structure alone does not catch.
+TEST(UtfWalk, Utf8RejectedSequencesAtEveryPosition) {
+  const std::vector<std::vector<uint8_t>> sequences = {{0xEF, 0xB7, 0x90},
+                                                       {0xEF, 0xBF, 0xBE},
+                                                       {0xEF, 0xBF, 0xBF},
+                                                       {0xED, 0xA0, 0x80},
+                                                       {0xE0, 0x80, 0x80},
+                                                       {0xE0, 0x9F, 0xBF},
+                                                       {0xF4, 0x90, 0x80, 0x80},
+                                                       {0xF0, 0x8F, 0xBF, 0xBF},
+                                                       {0xF1, 0xBF, 0xBF, 0xBE},
+                                                       {0xF3, 0xBF, 0xBF, 0xBF},
+                                                       {0xC0, 0x80},
+                                                       {0xC1, 0xBF},
+                                                       {0xF8, 0x88, 0x80, 0x80},
+                                                       {0xEF, 0xBF, 0xBD},
+                                                       {0xF0, 0x9F, 0x98, 0x80}};
+  std::mt19937 rng(3);
+  std::vector<uint8_t> buffer(256);
+  for (const Profile& profile : kProfiles) {
+    const auto text = random_text(rng, profile, 100);
+    for (const auto& seq : sequences) {
+      for (size_t pos = 8; pos < 8 + 64; ++pos) {
+        std::memcpy(buffer.data(), text.data(), text.size());
+        std::memcpy(buffer.data() + pos, seq.data(), seq.size());
+        SCOPED_TRACE(testing::Message()
+                     << profile.name << " pos " << pos << " lead " << int{seq[0]});
+        ASSERT_NO_FATAL_FAILURE(check_span(buffer.data(), text.size()));
+      }
+    }
+  }
+}
+
 TEST(UtfWalk, Utf8CopyAndFindAgainstReference) {
   std::mt19937 rng(7);
   for (int round = 0; round < 400; ++round) {
