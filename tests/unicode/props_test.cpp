@@ -75,7 +75,7 @@ TEST(UniProps, WholeCodeSpaceMatchesDatabase) {
       {"Zp", 51}, {"Cc", 57}, {"Cf", 58}, {"Cs", 59}, {"Co", 60}, {"Cn", 61}};
   const struct {
     uint32_t bit;
-    const std::set<uint32_t>* set;
+    const std::vector<ucd::Range>* ranges;
   } bits[] = {{ORU_UNI_ALPHABETIC, &core.at("Alphabetic")},
               {ORU_UNI_LOWERCASE, &core.at("Lowercase")},
               {ORU_UNI_UPPERCASE, &core.at("Uppercase")},
@@ -99,17 +99,25 @@ TEST(UniProps, WholeCodeSpaceMatchesDatabase) {
               {ORU_UNI_WB_MIDLETTER, &words.at("MidLetter")},
               {ORU_UNI_WB_MIDNUM, &words.at("MidNum")},
               {ORU_UNI_WB_NUMERIC, &words.at("Numeric")}};
-  // Per code point, so that the walk below does no set lookups.
+  // Per code point and category letter, so that the walk below does no
+  // set or map lookups.
+  static uint32_t class_of[128][128];
+  for (const auto& [name, value] : classes) class_of[int{name[0]}][int{name[1]}] = value;
   std::vector<uint32_t> expected(0x110000, 0);
   for (const auto& b : bits) {
-    for (uint32_t c : *b.set) expected[c] |= b.bit;
+    for (const auto& r : *b.ranges) {
+      for (uint32_t c = r.first; c <= r.last; ++c) expected[c] |= b.bit;
+    }
   }
   std::vector<const std::vector<std::string>*> record(0x110000, nullptr);
-  for (const auto& [c, fields] : data) record[c] = &fields;
+  for (const auto& e : data) {
+    for (uint32_t c = e.first; c <= e.last; ++c) record[c] = &e.fields;
+  }
 
   int failures = 0, digits = 0;
   for (uint32_t c = 0; c <= 0x10FFFF && failures < 10; ++c) {
-    const std::string cat = record[c] ? (*record[c])[2] : "Cn";
+    static const std::string kUnassigned = "Cn";
+    const std::string& cat = record[c] ? (*record[c])[2] : kUnassigned;
     const uint32_t props = expected[c];
     const char major = cat[0];
     uint32_t digit = kNone;
@@ -144,28 +152,29 @@ TEST(UniProps, WholeCodeSpaceMatchesDatabase) {
                             oruUniCharIsDefined(c),
                             oruUniCharDigitValue(c),
                             oruUniCharHexDigitValue(c)};
-    const uint32_t want[] = {classes.at(cat),
-                             props,
-                             (props & ORU_UNI_ALPHABETIC) != 0,
-                             (props & ORU_UNI_LOWERCASE) != 0,
-                             (props & ORU_UNI_UPPERCASE) != 0,
-                             (props & ORU_UNI_WHITE_SPACE) != 0,
-                             (props & ORU_UNI_HEX_DIGIT) != 0,
-                             cat == "Lt",
-                             cat == "Nd",
-                             cat == "Cc",
-                             major == 'L',
-                             major == 'M',
-                             major == 'N',
-                             major == 'P',
-                             major == 'S',
-                             major == 'Z',
-                             major == 'L' || major == 'N',
-                             major == 'L' || cat == "Nd",
-                             major != 'C',
-                             cat != "Cn",
-                             digit,
-                             hex_value};
+    const uint32_t want[] = {
+        class_of[static_cast<unsigned char>(cat[0])][static_cast<unsigned char>(cat[1])],
+        props,
+        (props & ORU_UNI_ALPHABETIC) != 0,
+        (props & ORU_UNI_LOWERCASE) != 0,
+        (props & ORU_UNI_UPPERCASE) != 0,
+        (props & ORU_UNI_WHITE_SPACE) != 0,
+        (props & ORU_UNI_HEX_DIGIT) != 0,
+        cat == "Lt",
+        cat == "Nd",
+        cat == "Cc",
+        major == 'L',
+        major == 'M',
+        major == 'N',
+        major == 'P',
+        major == 'S',
+        major == 'Z',
+        major == 'L' || major == 'N',
+        major == 'L' || cat == "Nd",
+        major != 'C',
+        cat != "Cn",
+        digit,
+        hex_value};
     for (size_t k = 0; k < std::size(want); ++k) {
       if (got[k] != want[k]) {
         ADD_FAILURE() << "U+" << std::hex << c << " (" << cat << ") function #" << std::dec << k

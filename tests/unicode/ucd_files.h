@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <fstream>
 #include <map>
-#include <set>
 #include <sstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace ucd {
@@ -33,30 +33,37 @@ inline std::string trim(const std::string& s) {
   return s.substr(b, s.find_last_not_of(" \t") - b + 1);
 }
 
-// UnicodeData.txt as code point -> fields, First/Last ranges expanded.
-inline std::map<uint32_t, std::vector<std::string>> unicode_data() {
-  std::map<uint32_t, std::vector<std::string>> out;
+// One line of UnicodeData.txt, or a First/Last pair as one range.
+struct Entry {
+  uint32_t first, last;
+  std::vector<std::string> fields;
+};
+
+inline std::vector<Entry> unicode_data() {
+  std::vector<Entry> out;
   std::ifstream in(dir() + "/UnicodeData.txt");
   std::string line;
-  uint32_t range_first = 0;
   while (std::getline(in, line)) {
     if (line.empty()) continue;
     auto f = split(line, ';');
     const uint32_t c = std::stoul(f[0], nullptr, 16);
-    if (f[1].find(", First>") != std::string::npos) {
-      range_first = c;
-    } else if (f[1].find(", Last>") != std::string::npos) {
-      for (uint32_t x = range_first; x <= c; ++x) out[x] = f;
+    if (f[1].find(", Last>") != std::string::npos) {
+      out.back().last = c;
     } else {
-      out[c] = f;
+      out.push_back({c, c, std::move(f)});
     }
   }
   return out;
 }
 
-// A "code(..code) ; value" file as value -> code points.
-inline std::map<std::string, std::set<uint32_t>> property_file(const std::string& name) {
-  std::map<std::string, std::set<uint32_t>> out;
+// An inclusive range of code points.
+struct Range {
+  uint32_t first, last;
+};
+
+// A "code(..code) ; value" file as value -> ranges.
+inline std::map<std::string, std::vector<Range>> property_file(const std::string& name) {
+  std::map<std::string, std::vector<Range>> out;
   std::ifstream in(dir() + "/" + name);
   std::string line;
   while (std::getline(in, line)) {
@@ -68,8 +75,7 @@ inline std::map<std::string, std::set<uint32_t>> property_file(const std::string
     const uint32_t lo = std::stoul(codes.substr(0, dots), nullptr, 16);
     const uint32_t hi =
         dots == std::string::npos ? lo : std::stoul(codes.substr(dots + 2), nullptr, 16);
-    auto& set = out[trim(f[1])];
-    for (uint32_t c = lo; c <= hi; ++c) set.insert(c);
+    out[trim(f[1])].push_back({lo, hi});
   }
   return out;
 }
