@@ -10,9 +10,12 @@ extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_time;
+extern const oru_command oru_cmd_uni;
+extern const oru_command oru_cmd_validate;
 
 const oru_command* const oru_commands[] = {
-    &oru_cmd_error, &oru_cmd_hash, &oru_cmd_info, &oru_cmd_random, &oru_cmd_time, nullptr,
+    &oru_cmd_error, &oru_cmd_hash, &oru_cmd_info,     &oru_cmd_random,
+    &oru_cmd_time,  &oru_cmd_uni,  &oru_cmd_validate, nullptr,
 };
 
 const oru_command* oru_find_command(const char* name) {
