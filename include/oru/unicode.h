@@ -95,7 +95,8 @@ ORU_API uint32_t oruUTF16CharCount(const uint16_t* s, uint32_t len);
  * and the terminator goes behind the copied bytes, so with dstSize equal to
  * the source length it lands at dst[dstSize]: dst must then have
  * dstSize + 1 bytes.  At most maxChars characters are copied (0xFFFFFFFF: no
- * limit).  A dstSize of 0 with a non-empty source writes nothing.
+ * limit).  A dstSize of 0 with a non-empty source writes nothing; a null
+ * src is empty.
  */
 ORU_API char* oruUTF8Copy(char* dst, uint32_t dstSize, const char* src, int32_t srcLen,
                           uint32_t maxChars);

@@ -39,7 +39,7 @@ ORU_API uint32_t oruUTF8CharCount(const char* s, int32_t len) {
 
 ORU_API char* oruUTF8Copy(char* dst, uint32_t dstSize, const char* src, int32_t srcLen,
                           uint32_t maxChars) {
-  size_t limit = utf8_length(src, srcLen);
+  size_t limit = src ? utf8_length(src, srcLen) : 0;  // a null source is empty
   if (dstSize < limit) {
     // dstSize 0 would leave no room even for the terminator: write nothing.
     if (dstSize == 0) return dst;

@@ -273,6 +273,9 @@ TEST(UtfCodec, CountCopyValidateExamples) {
   EXPECT_EQ(dst[0], 'x');
   oruUTF8Copy(dst, 0, nullptr, -1, 0xFFFFFFFF);
   EXPECT_EQ(dst[0], '\0');
+  dst[0] = 'x';
+  oruUTF8Copy(dst, 8, nullptr, 5, 0xFFFFFFFF);
+  EXPECT_EQ(dst[0], '\0');
 
   const uint16_t u[] = {0x61, 0xD83D, 0xDE00, 0x62};
   uint16_t d[4] = {9, 9, 9, 9};
