@@ -15,6 +15,8 @@ extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_stat;
 extern const oru_command oru_cmd_time;
+extern const oru_command oru_cmd_uni;
+extern const oru_command oru_cmd_validate;
 
 // One row a command, alphabetical, so that adding one is a one-line change.
 // clang-format off
@@ -29,6 +31,8 @@ const oru_command* const oru_commands[] = {
     &oru_cmd_random,
     &oru_cmd_stat,
     &oru_cmd_time,
+    &oru_cmd_uni,
+    &oru_cmd_validate,
     nullptr,
 };
 // clang-format on
