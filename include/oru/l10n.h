@@ -33,7 +33,7 @@ ORU_API const char* oruCLDRGetLanguageDisplayName(const char* code, const char* 
 ORU_API const char* oruCLDRGetTerritoryDisplayName(const char* code, const char* locale);
 /* The name of a currency (ISO 4217 code, "EUR"). */
 ORU_API const char* oruCLDRGetCurrencyDisplayName(const char* code, const char* locale);
-/* The symbol of a currency (ISO 4217 code): "€" for EUR in "de". */
+/* The symbol of a currency (ISO 4217 code): the euro sign for EUR in "de". */
 ORU_API const char* oruCLDRGetCurrencySymbol(const char* code, const char* locale);
 
 /*
