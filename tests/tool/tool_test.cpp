@@ -228,8 +228,8 @@ TEST(ToolOutput, ReplacedOnlyOnSuccessNeverPartial) {
   const run_result fresh = run_oru({"random", "-o", "new", "-n", "5", "-nx"}, dir.path());
   EXPECT_EQ(fresh.status, 2);
   EXPECT_FALSE(dir.exists("new"));
-  // Unwritable places: below a regular file, in a missing directory.
-  for (const char* target : {"data/out", "nodir/out"}) {
+  // Unwritable places: below a regular file, in a missing directory, no name.
+  for (const char* target : {"data/out", "nodir/out", ""}) {
     const run_result r = run_oru({"info", "-o", target}, dir.path());
     EXPECT_EQ(r.status, 1) << target;
     EXPECT_EQ(r.out, "");

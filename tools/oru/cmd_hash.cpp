@@ -213,9 +213,9 @@ bool parse_check_line(const std::string& raw, int hex_digits, std::string& value
 int check(const algorithm& algo, const char* list, FILE* out, bool& complete) {
   const char* cmd = oru_cmd_hash.name;
   int bad_lines = 0, good_lines = 0, mismatches = 0, unreadable = 0;
-  const oruResult r = oru_read_lines(list, [&](const std::string& line) {
+  const oruResult r = oru_read_lines(list, [&](const std::string& line, bool overlong) {
     std::string expected, name;
-    if (!parse_check_line(line, algo.hex_digits, expected, name)) {
+    if (overlong || !parse_check_line(line, algo.hex_digits, expected, name)) {
       ++bad_lines;
       return;
     }

@@ -206,6 +206,10 @@ oruResult oru_output::commit() {
 
 bool oru_open_output(const char* command, const oru_parsed_options& parsed, oru_output& out) {
   const char* path = parsed.last('o');
+  if (path != nullptr && *path == '\0') {
+    oru_fail(command, "cannot create output ''", ORU_E_NOT_FOUND);
+    return false;
+  }
   const oruResult r = out.open(path);
   if (ORU_FAILED(r)) {
     oru_fail(command, std::string("cannot create output '") + path + "'", r);

@@ -109,22 +109,32 @@ oruResult oru_read_chunks(const char* path, F&& f) {
   return oru_read_chunks(path, static_cast<oru_chunk_sink&>(a));
 }
 
+// Lines longer than this are not kept: a binary file given as a text
+// input must not make the tool hold all of it in memory.
+constexpr size_t ORU_MAX_LINE = 64 * 1024;
+
 // Reads a text file ("-" = standard input) line by line, without the line
-// ends; for small inputs such as check lists.  Lines are streamed too.
+// ends, calling on_line(line, overlong) for each.  An overlong line (more
+// than ORU_MAX_LINE bytes) is delivered empty with overlong = true.
 template <typename F>
 oruResult oru_read_lines(const char* path, F&& on_line) {
   std::string pending;
+  bool overlong = false;
   oruResult r = oru_read_chunks(path, [&](const unsigned char* data, size_t length) {
     for (size_t i = 0; i < length; ++i) {
       if (data[i] == '\n') {
-        on_line(pending);
+        on_line(pending, overlong);
         pending.clear();
-      } else {
+        overlong = false;
+      } else if (pending.size() < ORU_MAX_LINE && !overlong) {
         pending.push_back(static_cast<char>(data[i]));
+      } else {
+        pending.clear();
+        overlong = true;
       }
     }
   });
-  if (ORU_SUCCEEDED(r) && !pending.empty()) on_line(pending);
+  if (ORU_SUCCEEDED(r) && (!pending.empty() || overlong)) on_line(pending, overlong);
   return r;
 }
 
