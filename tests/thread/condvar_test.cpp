@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
 #include <atomic>
+#include <cstdio>
 #include <memory>
 #include <thread>
 #include <vector>
 
+#include "fresh_process.h"
 #include "thread_test_support.h"
 
 namespace {
@@ -247,5 +250,72 @@ TEST_F(CondVarTest, ProducersAndConsumersLoseNoWakeUps) {
   EXPECT_EQ(queued, 0);
   EXPECT_EQ(oruCondVarDestroy(&not_full), ORU_OK);
 }
+
+// --- pthread_cancel of a waiter ---------------------------------------------
+
+struct CancelCase {
+  bool timed;
+  oruMutex mutex = nullptr;
+  oruCondVar cond = nullptr;
+  std::atomic<bool> announced{false};
+};
+
+void unlock_on_cancel(void* mutex) { oruMutexUnlock(static_cast<oruMutex*>(mutex)); }
+
+void* wait_until_cancelled(void* arg) {
+  auto* c = static_cast<CancelCase*>(arg);
+  // As with pthread_cond_wait, the mutex is held again when a cancelled
+  // wait runs the caller's cleanup handlers.
+  pthread_cleanup_push(unlock_on_cancel, &c->mutex);
+  oruMutexLock(&c->mutex);
+  c->announced = true;
+  oruTimeVal deadline = from_now(600000);
+  for (;;) {
+    if (c->timed) {
+      oruCondVarTimedWait(&c->cond, &c->mutex, &deadline);
+    } else {
+      oruCondVarWait(&c->cond, &c->mutex);
+    }
+  }
+  pthread_cleanup_pop(1);
+  return nullptr;
+}
+
+// A cancelled waiter must leave the variable as if it had never waited.
+bool cancelled_waiter_leaves_no_trace(bool timed) {
+  CancelCase c;
+  c.timed = timed;
+  if (oruMutexInit(&c.mutex) != ORU_OK || oruCondVarInit(&c.cond) != ORU_OK) return false;
+  pthread_t waiter;
+  if (pthread_create(&waiter, nullptr, wait_until_cancelled, &c) != 0) return false;
+  // Announced under the mutex, which it gives up only inside the wait.
+  if (!eventually([&] { return c.announced.load(); }) || oruMutexLock(&c.mutex) != ORU_OK ||
+      oruMutexUnlock(&c.mutex) != ORU_OK) {
+    return false;
+  }
+  void* result = nullptr;
+  if (pthread_cancel(waiter) != 0 || pthread_join(waiter, &result) != 0 ||
+      result != PTHREAD_CANCELED) {
+    return false;
+  }
+  oruResult signalled = oruCondVarSignal(&c.cond);
+  oruResult broadcast = oruCondVarBroadcast(&c.cond);
+  oruResult tried = oruMutexTryLock(&c.mutex);
+  oruResult unlocked = oruMutexUnlock(&c.mutex);
+  oruResult destroyed = oruCondVarDestroy(&c.cond);
+  std::fprintf(stderr, "signal %x broadcast %x trylock %x unlock %x destroy %x\n", signalled,
+               broadcast, tried, unlocked, destroyed);
+  return signalled == ORU_OK && broadcast == ORU_OK && tried == ORU_OK && unlocked == ORU_OK &&
+         destroyed == ORU_OK && oruMutexDestroy(&c.mutex) == ORU_OK;
+}
+
+class CondVarCancel : public ::testing::TestWithParam<bool> {};
+
+TEST_P(CondVarCancel, ACancelledWaiterLeavesTheVariableUsable) {
+  bool timed = GetParam();
+  oru_test::expect_in_fresh_process([timed] { return cancelled_waiter_leaves_no_trace(timed); });
+}
+
+INSTANTIATE_TEST_SUITE_P(WaitOrTimedWait, CondVarCancel, ::testing::Bool());
 
 }  // namespace
