@@ -198,6 +198,7 @@ ORU_API oruResult oruCondVarInit(oruCondVar* condVar) {
 ORU_API oruResult oruCondVarDestroy(oruCondVar* condVar) {
   oruCondVarObject* object = object_of(condVar);
   if (object == nullptr) return ORU_OK;
+  oru::thread::CancellationOff no_cancellation;
   int error = pthread_mutex_lock(&object->guard);
   if (error != 0) return oru_map_posix_error(error);
   for (;;) {

@@ -360,6 +360,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   // Before the first thread exists no handle can be known.
   if (!g_initialized.load(std::memory_order_acquire)) return ORU_E_NO_SUCH_PROCESS;
   uintptr_t handle = handle_of(thread);
+  CancellationOff no_cancellation;
   lock_threads();
   ThreadData* record = g_module.table.find(handle);
   if (record == nullptr) {

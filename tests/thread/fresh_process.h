@@ -18,6 +18,14 @@
 #endif
 #endif
 
+#if defined(__SANITIZE_ADDRESS__)
+#define ORU_TEST_UNDER_ASAN 1
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+#define ORU_TEST_UNDER_ASAN 1
+#endif
+#endif
+
 namespace oru_test {
 
 // Generous: only a hung implementation ever reaches them.

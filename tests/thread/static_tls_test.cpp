@@ -23,34 +23,36 @@ __thread char g_static_tls[kStaticTls];
 using oru_test::eventually;
 using oru_test::expect_in_fresh_process;
 
-// Uses about `bytes` of stack, a KiB a frame, so that too small a stack
-// faults.
-[[gnu::noinline]] int use_stack(size_t bytes) {
+// Uses the stack, a KiB a frame, down to `floor`, so that a stack that is
+// not really there faults.
+[[gnu::noinline]] int use_stack_down_to(const char* floor) {
   volatile char frame[1024];
   frame[0] = 1;
   frame[sizeof frame - 1] = 1;
-  if (bytes <= sizeof frame) return frame[0];
-  return use_stack(bytes - sizeof frame) + frame[sizeof frame - 1];
+  if (const_cast<const char*>(&frame[0]) <= floor) return frame[0];
+  return use_stack_down_to(floor) + frame[sizeof frame - 1];
 }
 
-// The stack below the caller's frame: what a routine may still use.
-[[gnu::noinline]] size_t stack_left() {
+// The lowest address of the calling thread's stack.
+const char* stack_bottom() {
   pthread_attr_t attributes;
   void* low = nullptr;
   size_t size = 0;
-  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return nullptr;
   pthread_attr_getstack(&attributes, &low, &size);
   pthread_attr_destroy(&attributes);
-  char here = 0;
-  return static_cast<size_t>(&here - static_cast<char*>(low));
+  return static_cast<const char*>(low);
 }
 
 std::atomic<size_t> g_left{0};
 
 unsigned measure(void*) {
   g_static_tls[0] = 1;
-  g_left = stack_left();
-  return static_cast<unsigned>(use_stack(g_left > 16 * 1024 ? g_left - 12 * 1024 : 0) & 1);
+  char here = 0;
+  const char* bottom = stack_bottom();
+  g_left = static_cast<size_t>(&here - bottom);
+  // Down to 2 KiB above the bottom; the last frame may reach a little lower.
+  return static_cast<unsigned>(use_stack_down_to(bottom + 2048) & 1);
 }
 
 TEST(StaticTls, TheLibraryStarts) {
@@ -86,7 +88,8 @@ TEST(StaticTls, ThreadsGetTheStackTheyAskFor) {
 std::atomic<int> g_destroyed{0};
 
 void deep_destructor(void*) {
-  use_stack(64 * 1024);
+  char here = 0;
+  use_stack_down_to(&here - 64 * 1024);
   ++g_destroyed;
 }
 
