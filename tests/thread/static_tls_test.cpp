@@ -9,6 +9,7 @@
 #include <pthread.h>
 #include <atomic>
 #include <cstddef>
+#include <cstdint>
 #include <cstdio>
 #include <cstring>
 
@@ -50,7 +51,7 @@ unsigned measure(void*) {
   g_static_tls[0] = 1;
   char here = 0;
   const char* bottom = stack_bottom();
-  g_left = static_cast<size_t>(&here - bottom);
+  g_left = reinterpret_cast<uintptr_t>(&here) - reinterpret_cast<uintptr_t>(bottom);
   // Down to 2 KiB above the bottom; the last frame may reach a little lower.
   return static_cast<unsigned>(use_stack_down_to(bottom + 2048) & 1);
 }
@@ -89,7 +90,7 @@ std::atomic<int> g_destroyed{0};
 
 void deep_destructor(void*) {
   char here = 0;
-  use_stack_down_to(&here - 64 * 1024);
+  use_stack_down_to(reinterpret_cast<const char*>(reinterpret_cast<uintptr_t>(&here) - 64 * 1024));
   ++g_destroyed;
 }
 
