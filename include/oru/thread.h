@@ -63,7 +63,8 @@ ORU_API oruResult oruMutexUnlock(oruMutex* mutex);
  * stays usable.
  *
  * oruCondVarWait and oruCondVarTimedWait give ORU_E_ACCESS_DENIED, and change
- * nothing, when the caller does not hold the mutex.
+ * nothing, when the caller does not hold the mutex.  A null mutex slot gives
+ * ORU_E_INVALID_ARG in oruCondVarWait and is skipped by oruCondVarTimedWait.
  *
  * oruCondVarTimedWait waits until an absolute time (see oruGetCurrentTime).
  * It gives ORU_E_TIMEDOUT when the time passes.  On entry the time left is
@@ -90,7 +91,9 @@ ORU_API oruResult oruMutexUnlock(oruMutex* mutex);
  * already been given passes to the next waiter) and, as with
  * pthread_cond_wait, holds the caller's mutex again when the thread's
  * cleanup handlers run.  No other function of this header is a cancellation
- * point.
+ * point (oruThreadJoin and oruCondVarDestroy hold a cancellation off until
+ * they return), though callbacks it runs, such as an oruInitOnce routine,
+ * may contain some.
  */
 ORU_API oruResult oruCondVarInit(oruCondVar* condVar);
 ORU_API oruResult oruCondVarDestroy(oruCondVar* condVar);

@@ -107,6 +107,24 @@ TEST_F(CondVarTest, PastDeadlineTimesOutAtOnceWithoutTheMutex) {
   EXPECT_EQ(oruCondVarTimedWait(&cond_, &empty, &past), ORU_E_TIMEDOUT);
 }
 
+// Less than a millisecond left counts as passed: the wait never begins and
+// the mutex is not taken again.  Unlocking tells the two timeout paths
+// apart, and unlock-then-lock leaves the mutex held on both.
+TEST_F(CondVarTest, UnlockThenLockHoldsTheMutexAfterEitherTimeout) {
+  for (int32_t microseconds : {500, 200000}) {
+    ASSERT_EQ(oruMutexLock(&mutex_), ORU_OK);
+    oruTimeVal now{};
+    oruGetCurrentTime(&now);
+    oruTimeVal span{0, microseconds};
+    oruTimeVal deadline = oruTimeValAdd(&now, &span);
+    ASSERT_EQ(oruCondVarTimedWait(&cond_, &mutex_, &deadline), ORU_E_TIMEDOUT);
+    EXPECT_EQ(oruMutexUnlock(&mutex_), microseconds < 1000 ? ORU_E_ACCESS_DENIED : ORU_OK);
+    ASSERT_EQ(oruMutexLock(&mutex_), ORU_OK);
+    EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex_), ORU_E_BUSY);
+    ASSERT_EQ(oruMutexUnlock(&mutex_), ORU_OK);
+  }
+}
+
 TEST_F(CondVarTest, SignalWithNobodyWaitingIsNotRemembered) {
   EXPECT_EQ(oruCondVarSignal(&cond_), ORU_OK);
   EXPECT_EQ(oruCondVarBroadcast(&cond_), ORU_OK);
