@@ -17,7 +17,8 @@ namespace oru::thread {
 inline constexpr uint32_t kAdoptedThreadId = 0xFFFFFFFFu;
 
 // One per thread known to the library.  Allocated zero-filled; freed only by
-// the reaper, once the thread has ended and nobody can join it any more.
+// the reaper, once the thread has ended and nobody can join it any more (and
+// in a forked child, where the parent's other threads' records are dropped).
 struct ThreadData {
   ThreadData* next;       // next record in the same bucket of the table
   ThreadData* reap_next;  // next record in the reaper queue
