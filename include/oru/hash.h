@@ -142,8 +142,10 @@ ORU_API void oruDESBlockCipherECB3(const oruDESKeySchedule* schedule1,
  * cryptography.
  */
 
-/* Advances *state and returns the new value, a number from 1 to 2^31 - 2.
- * A null state pointer gives 0. */
+/* Advances *state and returns the new value, a number from 0 to 2^31 - 2.
+ * It is 0 only for a state of 0x7FFFFFFF (2^31 - 1) or 0xFFFFFFFE, which
+ * also leave the state 0, so that the next call starts from the fixed seed;
+ * every other state gives 1 to 2^31 - 2.  A null state pointer gives 0. */
 ORU_API uint32_t oruGetRandomNumber(uint32_t* state);
 
 #ifdef __cplusplus
