@@ -23,9 +23,8 @@ extern "C" {
 #define ORU_CRC16_ARC 0u         /* poly 0x8005, reflected, init 0      */
 #define ORU_CRC16_CCITT_FALSE 1u /* poly 0x1021, init 0xFFFF            */
 #define ORU_CRC16_XMODEM 2u      /* poly 0x1021, init 0                 */
-#define ORU_CRC32                           \
-  3u /* poly 0x04C11DB7, reflected, the one \
-        of zip, PNG and Ethernet            */
+/* poly 0x04C11DB7, reflected: the CRC-32 of zip, PNG and Ethernet */
+#define ORU_CRC32 3u
 
 /* The CRC of length bytes at data under model type.  16-bit models fill
  * the low half of the result.  An unknown type gives 0; an empty buffer
