@@ -91,6 +91,8 @@ TEST(ToolError, CodesErrnosAndWin32Numbers) {
     char hex[16];
     std::snprintf(hex, sizeof hex, "0x%08X", static_cast<unsigned>(code));
     std::string text = oruStrError(code);
+    // System texts end in a line break; the tool keeps one line per code.
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
     return std::string(hex) + "\t" + name + "\t" + facility + "\t" + text + "\n";
   };
   struct {

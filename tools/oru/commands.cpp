@@ -5,18 +5,37 @@
 
 #include "oru_tool.h"
 
+extern const oru_command oru_cmd_charset;
+extern const oru_command oru_cmd_convert;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
+extern const oru_command oru_cmd_locale;
 extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_stat;
 extern const oru_command oru_cmd_time;
+extern const oru_command oru_cmd_uni;
+extern const oru_command oru_cmd_validate;
 
+// One row a command, alphabetical, so that adding one is a one-line change.
+// clang-format off
 const oru_command* const oru_commands[] = {
-    &oru_cmd_error,  &oru_cmd_hash, &oru_cmd_info, &oru_cmd_path,
-    &oru_cmd_random, &oru_cmd_stat, &oru_cmd_time, nullptr,
+    &oru_cmd_charset,
+    &oru_cmd_convert,
+    &oru_cmd_error,
+    &oru_cmd_hash,
+    &oru_cmd_info,
+    &oru_cmd_locale,
+    &oru_cmd_path,
+    &oru_cmd_random,
+    &oru_cmd_stat,
+    &oru_cmd_time,
+    &oru_cmd_uni,
+    &oru_cmd_validate,
+    nullptr,
 };
+// clang-format on
 
 const oru_command* oru_find_command(const char* name) {
   for (const oru_command* const* c = oru_commands; *c != nullptr; ++c) {
