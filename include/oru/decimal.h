@@ -464,6 +464,28 @@ ORU_API uint32_t oruDec128ToUInt32(const oruDec128* x);
 ORU_API int64_t oruDec128ToInt64(const oruDec128* x);
 ORU_API uint64_t oruDec128ToUInt64(const oruDec128* x);
 
+/*
+ * Binary floating point.  Both directions are correctly rounded, ties to
+ * even, from the exact value: a double or float to a decimal with inexact,
+ * underflow (and, for decimal32, overflow) as for any rounded result; a
+ * decimal to double or float with inexact, overflow (to infinity) and
+ * underflow (tiny and inexact).  Infinities map to infinities with their
+ * sign; NaNs to quiet NaNs with their sign and payload 0, a signalling NaN
+ * raising invalid.  Zeros keep their sign and get exponent 0.
+ */
+ORU_API oruDec32 oruDoubleToDec32(double v);
+ORU_API oruDec64 oruDoubleToDec64(double v);
+ORU_API oruDec128* oruDoubleToDec128(oruDec128* res, double v);
+ORU_API oruDec32 oruFloatToDec32(float v);
+ORU_API oruDec64 oruFloatToDec64(float v);
+ORU_API oruDec128* oruFloatToDec128(oruDec128* res, float v);
+ORU_API double oruDec32ToDouble(oruDec32 x);
+ORU_API double oruDec64ToDouble(oruDec64 x);
+ORU_API double oruDec128ToDouble(const oruDec128* x);
+ORU_API float oruDec32ToFloat(oruDec32 x);
+ORU_API float oruDec64ToFloat(oruDec64 x);
+ORU_API float oruDec128ToFloat(const oruDec128* x);
+
 #ifdef __cplusplus
 }
 #endif
