@@ -486,6 +486,32 @@ ORU_API float oruDec32ToFloat(oruDec32 x);
 ORU_API float oruDec64ToFloat(oruDec64 x);
 ORU_API float oruDec128ToFloat(const oruDec128* x);
 
+/*
+ * Formatting under a number-format record (null: general style, all
+ * digits, point ".", no grouping).  Fixed, scientific and general styles
+ * lay out digits as Python's format(Decimal(x), spec) does for the specs
+ * ".Nf", ".NE" and ".NG" (digits < 0: no precision; groupSeparator ","
+ * with groupSize 3: the "," option; showPlus: the "+" option), rounding by
+ * the record's direction instead of the context's; engineering shows
+ * `digits` significant digits (all when negative) and an exponent that is
+ * a multiple of three.  The value is never limited by the width, so fixed
+ * text of a large exponent is long.  Infinities are "Infinity", NaNs "NaN"
+ * or "sNaN" without payload, each with its sign.  Buffer convention as for
+ * ToString (size counts characters, NUL included); no flags are raised.
+ */
+ORU_API oruResult oruDec32FormatString(oruDec32 x, const oruDecNumberFormat* format, char* buf,
+                                       size_t size, size_t* length);
+ORU_API oruResult oruDec64FormatString(oruDec64 x, const oruDecNumberFormat* format, char* buf,
+                                       size_t size, size_t* length);
+ORU_API oruResult oruDec128FormatString(const oruDec128* x, const oruDecNumberFormat* format,
+                                        char* buf, size_t size, size_t* length);
+ORU_API oruResult oruDec32FormatWString(oruDec32 x, const oruDecNumberFormat* format, uint16_t* buf,
+                                        size_t size, size_t* length);
+ORU_API oruResult oruDec64FormatWString(oruDec64 x, const oruDecNumberFormat* format, uint16_t* buf,
+                                        size_t size, size_t* length);
+ORU_API oruResult oruDec128FormatWString(const oruDec128* x, const oruDecNumberFormat* format,
+                                         uint16_t* buf, size_t size, size_t* length);
+
 #ifdef __cplusplus
 }
 #endif

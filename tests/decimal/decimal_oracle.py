@@ -7,12 +7,16 @@ Input lines: "WIDTH OP ARG"; output: the result text and the raised flags
   fromdouble  ARG is the bits of a double in hex, rounded into the width
   todouble    ARG is decimal text; the bits of the nearest double, in hex
   tofloat     ARG is decimal text; the bits of the nearest float, in hex
+  fmt     ARG is "SPEC MODE TEXT": format(Decimal(TEXT), SPEC) with MODE one
+          of the library's rounding directions (0 half-even .. 4 down)
 """
 import decimal
 import fractions
 import struct
 import sys
 
+MODES = [decimal.ROUND_HALF_EVEN, decimal.ROUND_HALF_UP, decimal.ROUND_CEILING,
+         decimal.ROUND_FLOOR, decimal.ROUND_DOWN]
 WIDTHS = {32: (7, -95, 96), 64: (16, -383, 384), 128: (34, -6143, 6144)}
 
 
@@ -55,7 +59,8 @@ def nearest_float32(text):
 
 def main():
     for line in sys.stdin:
-        width, op, arg = line.split()
+        width, op, arg = line.split(None, 2)
+        arg = arg.strip()
         prec, emin, emax = WIDTHS[int(width)]
         ctx = decimal.Context(prec=prec, Emin=emin, Emax=emax, clamp=1,
                               rounding=decimal.ROUND_HALF_EVEN, traps=[])
@@ -65,6 +70,11 @@ def main():
         elif op == "int":
             r = decimal.Decimal(arg).to_integral_value(rounding=decimal.ROUND_HALF_EVEN)
             print(format(r, "f"), "-")
+        elif op == "fmt":
+            spec, mode, text = arg.split()
+            ctx.rounding = MODES[int(mode)]
+            decimal.setcontext(ctx)
+            print(format(decimal.Decimal(text), spec))
         elif op == "fromdouble":
             r = ctx.create_decimal_from_float(
                 struct.unpack("<d", struct.pack("<Q", int(arg, 16)))[0])
