@@ -35,3 +35,12 @@ install(CODE "
   configure_file(\"${PROJECT_BINARY_DIR}/oru.pc.in\" \"${PROJECT_BINARY_DIR}/oru.pc\" @ONLY)
 ")
 install(FILES ${PROJECT_BINARY_DIR}/oru.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+
+# The command-line tool goes to bin/ and finds the library relative to
+# itself, so the installed tree can be moved.
+if(TARGET oru_tool)
+  file(RELATIVE_PATH ORU_BIN_TO_LIB
+    /prefix/${CMAKE_INSTALL_BINDIR} /prefix/${CMAKE_INSTALL_LIBDIR})
+  set_target_properties(oru_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${ORU_BIN_TO_LIB}")
+  install(TARGETS oru_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
+endif()

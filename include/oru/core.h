@@ -111,6 +111,10 @@ typedef int32_t oruResult;
  * on first use; this call only gives callers a formal start-up point. */
 ORU_API oruResult oruInitialize(void);
 
+/* The version of the library, "MAJOR.MINOR.PATCH" (for example "0.1.0").
+ * A constant string owned by the library; never null, never to be freed. */
+ORU_API const char* oruGetVersion(void);
+
 /* Memory.  Everything the library hands to a caller is allocated here and is
  * released with oruFree.  Exhaustion is reported only by a null result. */
 ORU_API void* oruMalloc(size_t size);

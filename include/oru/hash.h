@@ -14,8 +14,9 @@ extern "C" {
 #endif
 
 /*
- * CRC checksums.  Each call checksums one whole buffer, starting from the
- * model's initial value; there is no way to continue an earlier result.
+ * CRC checksums.  Each call of oruComputeCRC or oruComputeCRC64 checksums
+ * one whole buffer, starting from the model's initial value; oruUpdateCRC and
+ * oruUpdateCRC64 (below) continue an earlier result.
  */
 
 /* Model numbers of oruComputeCRC. */
@@ -40,6 +41,52 @@ ORU_API uint64_t oruComputeCRC64(const void* data, size_t length);
  * this library's own variant of MurmurHash2-64 and gives other values than
  * MurmurHash64A.  A null data pointer hashes as the empty input. */
 ORU_API uint64_t oruMurmurHash64(const void* data, size_t length, uint64_t seed);
+
+/*
+ * Incremental forms (additions; the one-shot functions above are unchanged).
+ *
+ * A CRC continues from an earlier result: given the CRC of a message A, the
+ * update over the bytes of B returns the CRC of A followed by B, exactly the
+ * one-shot result over the whole message.  So a stream is checksummed piece
+ * by piece, starting from the model's value for no input:
+ *
+ *   uint32_t crc = oruComputeCRC(ORU_CRC32, NULL, 0);
+ *   while (more input) crc = oruUpdateCRC(ORU_CRC32, crc, piece, size);
+ *
+ * The CRC-64 starts from 0 (oruComputeCRC64(NULL, 0)).
+ */
+
+/* The CRC under model type of the message whose CRC is crc, continued by
+ * length bytes at data.  For the 16-bit models only the low half of crc is
+ * used and the result fills the low half.  An unknown type gives 0; an
+ * empty buffer (or a null data pointer) returns crc (its low half for the
+ * 16-bit models). */
+ORU_API uint32_t oruUpdateCRC(uint32_t type, uint32_t crc, const void* data, size_t length);
+
+/* The CRC-64/XZ of the message whose CRC-64 is crc, continued by length
+ * bytes at data.  An empty buffer, a null data pointer, or a length that
+ * would run past the end of the address space returns crc unchanged. */
+ORU_API uint64_t oruUpdateCRC64(uint64_t crc, const void* data, size_t length);
+
+/* oruMurmurHash64 fed in pieces through a caller-owned context: Init with
+ * the seed, Update with each piece in order, then Final gives the value
+ * oruMurmurHash64 would give for all the pieces joined. */
+typedef struct oruMurmurHash64Context {
+  uint64_t hash;            /* the running hash over the whole blocks */
+  uint64_t length;          /* bytes fed so far */
+  unsigned char pending[8]; /* the bytes of an unfinished block */
+} oruMurmurHash64Context;
+
+/* Starts a hash with seed.  ORU_E_INVALID_ARG for a null context, else
+ * ORU_OK. */
+ORU_API oruResult oruMurmurHash64Init(oruMurmurHash64Context* context, uint64_t seed);
+/* Adds length bytes at data.  Does nothing for a null context or a null
+ * data pointer. */
+ORU_API void oruMurmurHash64Update(oruMurmurHash64Context* context, const void* data,
+                                   size_t length);
+/* The hash of everything fed since Init.  The context is left as it was, so
+ * more input may follow.  A null context gives 0. */
+ORU_API uint64_t oruMurmurHash64Final(const oruMurmurHash64Context* context);
 
 /*
  * MD5 (RFC 1321), fed incrementally through a caller-owned context.
