@@ -34,6 +34,7 @@ step(error 0x80070057 0x96230003 0x9623001C)
 step(error --errno=ENOENT -e EACCES -e ENOTDIR)
 step(error -w 2 -w 5 --win32=2403)
 step(random --seed 42 --count 3)
+step(dec -x "1/3*3")
 
 if(EXAMPLE)
   message("\n$ oru_example   (the example program: the library from C)")
