@@ -63,11 +63,12 @@ struct Big {
     }
     return false;
   }
-  // Bits [from, from + count) as an integer, count <= 64.
+  // Bits [from, from + count) as an integer, 0 < count <= 64, from >= 0.
   uint64_t extract(int from, int count) const {
-    uint64_t r = 0;
-    for (int i = count - 1; i >= 0; --i) r = (r << 1) | (bit(from + i) ? 1 : 0);
-    return r;
+    int w = from / 64, b = from % 64;
+    uint64_t r = w < kLimbs ? limb[w] >> b : 0;
+    if (b && w + 1 < kLimbs) r |= limb[w + 1] << (64 - b);
+    return count == 64 ? r : r & ((1ull << count) - 1);
   }
 };
 
@@ -94,13 +95,13 @@ uint64_t round_binary(const Big& q, int64_t b, bool sticky, const Binary& f, uin
   uint64_t m;
   bool inexact = sticky;
   if (shift <= 0) {
-    m = q.extract(0, L) << -shift;
+    m = L ? q.extract(0, L) << -shift : 0;
   } else if (shift > L) {
     // Below one half of the smallest step: rounds to zero.
     m = 0;
     inexact = true;
   } else {
-    m = q.extract((int)shift, (int)(L - shift));
+    m = L > shift ? q.extract((int)shift, (int)(L - shift)) : 0;
     bool half = q.bit((int)shift - 1);
     bool rest = sticky || q.any_below((int)shift - 1);
     if (half || rest) inexact = true;
