@@ -205,11 +205,15 @@ typename F::Raw from_double_bits(uint64_t bits, uint32_t* fl) {
     }
     e = k;
   }
-  // Cut to at most 192 bits (more than 57 digits), keeping a sticky bit.
+  // Cut to P + 2 to P + 4 digits with a sticky bit, so that the final
+  // rounding drops only a few digits.  big has at least dl digits.
+  int nbits = big.bits();
+  int dl = nbits ? (((nbits - 1) * 1233) >> 12) + 1 : 0;
   bool sticky = false;
-  while (big.n > 3) {
-    if (big.div_small(10000000000000000000ull) != 0) sticky = true;
-    e += 19;
+  for (int cut = dl - F::P - 2; cut > 0; cut -= 19) {
+    int step = cut > 19 ? 19 : cut;
+    if (big.div_small(pow10_64(step)) != 0) sticky = true;
+    e += step;
   }
   // Limbs above n are zero.
   u256 c{((u128)big.limb[1] << 64) | big.limb[0], (u128)big.limb[2]};
