@@ -8,6 +8,7 @@
 extern const oru_command oru_cmd_catalog;
 extern const oru_command oru_cmd_charset;
 extern const oru_command oru_cmd_convert;
+extern const oru_command oru_cmd_dec;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
@@ -27,6 +28,7 @@ const oru_command* const oru_commands[] = {
     &oru_cmd_catalog,
     &oru_cmd_charset,
     &oru_cmd_convert,
+    &oru_cmd_dec,
     &oru_cmd_error,
     &oru_cmd_hash,
     &oru_cmd_info,

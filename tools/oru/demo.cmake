@@ -41,6 +41,7 @@ step(path join include oru.h)
 step(stat README.md)
 step(charset latin1 UTF-8)
 step(locale)
+step(dec -x "1/3*3")
 
 if(EXAMPLE)
   message("\n$ oru_example   (the example program: the library from C)")
