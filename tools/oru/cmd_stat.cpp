@@ -26,11 +26,11 @@ constexpr char kUsage[] =
     "A failure is reported with the library's text for it; the other files are\n"
     "still done, and the exit status is 1.\n";
 
-bool utc_text(const oruTimeVal& t, std::string& text) {
+// The time as a UTC date, or "?" when the system cannot convert it.
+std::string utc_text(const oruTimeVal& t) {
   oruDateTime d{};
-  if (ORU_FAILED(oruGetUTCDateTime(&t, &d))) return false;
-  text = oru_format_date(d);
-  return true;
+  if (ORU_FAILED(oruGetUTCDateTime(&t, &d))) return std::string(1, '?');
+  return oru_format_date(d);
 }
 
 int run(int argc, char** argv) {
@@ -50,9 +50,8 @@ int run(int argc, char** argv) {
       status = oru_fail(cmd, std::string("cannot stat '") + path + "'", r);
       continue;
     }
-    std::string accessed, modified;
-    if (!utc_text(info.atime, accessed)) accessed = "?";
-    if (!utc_text(info.mtime, modified)) modified = "?";
+    const std::string accessed = utc_text(info.atime);
+    const std::string modified = utc_text(info.mtime);
     std::printf("%s: %s, %" PRIu64 " bytes, accessed %s, modified %s, allocation unit %" PRIu32
                 "\n",
                 path, info.type == ORU_FILETYPE_DIRECTORY ? "directory" : "file", info.size,
