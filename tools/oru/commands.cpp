@@ -5,12 +5,14 @@
 
 #include "oru_tool.h"
 
+extern const oru_command oru_cmd_case;
 extern const oru_command oru_cmd_charset;
 extern const oru_command oru_cmd_convert;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
 extern const oru_command oru_cmd_locale;
+extern const oru_command oru_cmd_normalize;
 extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_stat;
@@ -21,12 +23,14 @@ extern const oru_command oru_cmd_validate;
 // One row a command, alphabetical, so that adding one is a one-line change.
 // clang-format off
 const oru_command* const oru_commands[] = {
+    &oru_cmd_case,
     &oru_cmd_charset,
     &oru_cmd_convert,
     &oru_cmd_error,
     &oru_cmd_hash,
     &oru_cmd_info,
     &oru_cmd_locale,
+    &oru_cmd_normalize,
     &oru_cmd_path,
     &oru_cmd_random,
     &oru_cmd_stat,
