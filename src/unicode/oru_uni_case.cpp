@@ -1,6 +1,7 @@
 // Simple per-character case mappings and the full, context- and
 // language-sensitive string mappings (lower, upper, fold).
 #include <cstring>
+#include <string>
 #include <vector>
 
 #include "oru/core.h"
@@ -106,10 +107,10 @@ class Language {
 };
 
 // Maps s[0..n) into out, then puts out into canonical order.
-void map_string(const CaseTable& table, const uint32_t* s, size_t n, std::vector<uint32_t>& out) {
+void map_string(const CaseTable& table, const uint32_t* s, size_t n, std::vector<uint32_t>& out,
+                Language& language) {
   out.clear();
   out.reserve(n + 6 + n / 64);
-  Language language;
   for (size_t i = 0; i < n; ++i) {
     const uint32_t c = s[i];
     if (c < 0x80 && table.data[c] < 0x200000) {  // ASCII never has records
@@ -141,7 +142,8 @@ uint32_t* map_ucs4(const CaseTable& t, const uint32_t* s, uint32_t len, uint32_t
   if (outLen) *outLen = 0;
   if (!s || len == 0) return nullptr;
   std::vector<uint32_t> out;
-  map_string(t, s, len, out);
+  Language language;
+  map_string(t, s, len, out, language);
   return copy_ucs4(out.data(), out.size(), outLen);
 }
 
@@ -150,18 +152,51 @@ uint16_t* map_utf16(const CaseTable& t, const uint16_t* s, uint32_t len, uint32_
   if (!s || len == 0) return nullptr;
   std::vector<uint32_t> in, out;
   decode_utf16(s, len, in);
-  map_string(t, in.data(), in.size(), out);
+  Language language;
+  map_string(t, in.data(), in.size(), out, language);
   return encode_utf16(out.data(), out.size(), outLen);
 }
 
+bool is_blank(unsigned char b) noexcept { return b == ' ' || b == '\n' || b == '\t' || b == '\r'; }
+
+// UTF-8 is mapped word by word: no context reaches across a space, tab or
+// line end (they are neither cased nor case-ignorable, and of class 0), so
+// each stretch up to one of them maps on its own.  A stretch of ASCII
+// without special records (everything but I, J and i in some mappings) maps
+// byte by byte; any other is decoded and mapped in full.
 char* map_utf8(const CaseTable& t, const char* s, int32_t len, uint32_t* outLen) {
   if (outLen) *outLen = 0;
   if (!s) return nullptr;
   const size_t n = utf8_length(s, len);
-  std::vector<uint32_t> in, out;
-  decode_utf8(s, n, in);
-  map_string(t, in.data(), in.size(), out);
-  return encode_utf8(out.data(), out.size(), outLen);
+  const unsigned char* b = bytes(s);
+  std::string out;
+  out.reserve(n + 24 + n / 64);
+  std::vector<uint32_t> in, mapped;
+  Language language;
+  size_t i = 0;
+  while (i < n) {
+    size_t j = i;
+    bool plain = true;
+    while (j < n) {
+      const unsigned char c = b[j++];
+      if (c >= 0x80 || t.data[c] >= 0x200000) plain = false;
+      if (is_blank(c)) break;
+    }
+    if (plain) {
+      for (size_t k = i; k < j; ++k) out.push_back(static_cast<char>(t.data[b[k]]));
+    } else {
+      decode_utf8(s + i, j - i, in);
+      map_string(t, in.data(), in.size(), mapped, language);
+      append_utf8(out, mapped.data(), mapped.size());
+    }
+    i = j;
+  }
+  char* result = static_cast<char*>(oruMalloc(out.size() + 1));
+  if (!result) return nullptr;
+  std::memcpy(result, out.data(), out.size());
+  result[out.size()] = 0;
+  if (outLen) *outLen = static_cast<uint32_t>(out.size());
+  return result;
 }
 
 }  // namespace

@@ -135,26 +135,6 @@ size_t stable_run_utf8(const unsigned char* s, size_t n, size_t i, uint32_t limi
   return j - i;
 }
 
-void append_utf8(std::string& out, const uint32_t* s, size_t n) {
-  for (size_t i = 0; i < n; ++i) {
-    char buf[4];
-    const uint32_t c = s[i] <= 0x10FFFF && (s[i] & 0xFFF800) != 0xD800 ? s[i] : kReplacementChar;
-    char* end = buf;
-    if (c < 0x80) {
-      *end++ = static_cast<char>(c);
-    } else {
-      // oruUTF8PutChar rejects noncharacters, which normalization keeps.
-      unsigned len = c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-      static constexpr unsigned char kLead[5] = {0, 0, 0xC0, 0xE0, 0xF0};
-      for (unsigned k = len; k-- > 1;)
-        buf[k] = static_cast<char>(0x80 | ((c >> (6 * (len - 1 - k))) & 0x3F));
-      buf[0] = static_cast<char>(kLead[len] | (c >> (6 * (len - 1))));
-      end = buf + len;
-    }
-    out.append(buf, end);
-  }
-}
-
 char* normalize_utf8(const char* src, size_t n, uint32_t form, uint32_t* outLen) {
   const unsigned char* s = bytes(src);
   const uint32_t limit = stable_limit(form);

@@ -142,6 +142,28 @@ uint16_t* encode_utf16(const uint32_t* s, size_t n, uint32_t* outLen) {
   return out;
 }
 
+void append_utf8(std::string& out, const uint32_t* s, size_t n) {
+  for (size_t i = 0; i < n; ++i) {
+    const uint32_t c = scalar_or_replacement(s[i]);
+    if (c < 0x80) {
+      out.push_back(static_cast<char>(c));
+    } else if (c < 0x800) {
+      const char buf[2] = {static_cast<char>(0xC0 | c >> 6), static_cast<char>(0x80 | (c & 0x3F))};
+      out.append(buf, 2);
+    } else if (c < 0x10000) {
+      const char buf[3] = {static_cast<char>(0xE0 | c >> 12),
+                           static_cast<char>(0x80 | ((c >> 6) & 0x3F)),
+                           static_cast<char>(0x80 | (c & 0x3F))};
+      out.append(buf, 3);
+    } else {
+      const char buf[4] = {
+          static_cast<char>(0xF0 | c >> 18), static_cast<char>(0x80 | ((c >> 12) & 0x3F)),
+          static_cast<char>(0x80 | ((c >> 6) & 0x3F)), static_cast<char>(0x80 | (c & 0x3F))};
+      out.append(buf, 4);
+    }
+  }
+}
+
 uint32_t* copy_ucs4(const uint32_t* s, size_t n, uint32_t* outLen) {
   auto* out = static_cast<uint32_t*>(oruMalloc((n ? n : 1) * sizeof(uint32_t)));
   if (!out) {

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <vector>
 
 namespace oru::unicode {
@@ -28,6 +29,8 @@ void decode_utf16_raw(const uint16_t* s, size_t n, std::vector<uint32_t>& out);
 // as U+FFFD.  *outLen receives the length in bytes or units.
 char* encode_utf8(const uint32_t* s, size_t n, uint32_t* outLen);
 uint16_t* encode_utf16(const uint32_t* s, size_t n, uint32_t* outLen);
+// Appends s[0..n) to out in UTF-8, noncharacters included.
+void append_utf8(std::string& out, const uint32_t* s, size_t n);
 uint32_t* copy_ucs4(const uint32_t* s, size_t n, uint32_t* outLen);
 
 }  // namespace oru::unicode
