@@ -169,9 +169,10 @@ char* map_utf8(const CaseTable& t, const char* s, int32_t len, uint32_t* outLen)
   if (!s) return nullptr;
   const size_t n = utf8_length(s, len);
   const unsigned char* b = bytes(s);
-  std::string out;
-  out.reserve(n + 24 + n / 64);
+  OutBuffer out;
+  if (!out.reserve(n + 24 + n / 64)) return nullptr;
   std::vector<uint32_t> in, mapped;
+  std::string enc;
   Language language;
   size_t i = 0;
   while (i < n) {
@@ -183,20 +184,19 @@ char* map_utf8(const CaseTable& t, const char* s, int32_t len, uint32_t* outLen)
       if (is_blank(c)) break;
     }
     if (plain) {
-      for (size_t k = i; k < j; ++k) out.push_back(static_cast<char>(t.data[b[k]]));
+      for (size_t k = i; k < j; ++k) {
+        if (!out.push(static_cast<char>(t.data[b[k]]))) return nullptr;
+      }
     } else {
       decode_utf8(s + i, j - i, in);
       map_string(t, in.data(), in.size(), mapped, language);
-      append_utf8(out, mapped.data(), mapped.size());
+      enc.clear();
+      append_utf8(enc, mapped.data(), mapped.size());
+      if (!out.append(enc.data(), enc.size())) return nullptr;
     }
     i = j;
   }
-  char* result = static_cast<char*>(oruMalloc(out.size() + 1));
-  if (!result) return nullptr;
-  std::memcpy(result, out.data(), out.size());
-  result[out.size()] = 0;
-  if (outLen) *outLen = static_cast<uint32_t>(out.size());
-  return result;
+  return out.release(outLen);
 }
 
 }  // namespace

@@ -111,9 +111,25 @@ uint32_t stable_limit(uint32_t form) noexcept {
   return (form & kComposeBit) ? 0x300 : 0xC0;
 }
 
+// Whether the three-byte sequence at s (complete, checked by the caller)
+// is a stable character of form: CJK ideographs everywhere; for NFC also
+// CJK punctuation, kana and Hangul syllables.  None of these has a class,
+// changes in its form, or is the second character of a composition (a
+// syllable followed by a trailing jamo is handled by the cut rule: the last
+// stable character before unstable text joins that text).
+bool stable_three_byte(const unsigned char* s, uint32_t form) noexcept {
+  const uint32_t c = (s[0] & 0x0Fu) << 12 | (s[1] & 0x3Fu) << 6 | (s[2] & 0x3Fu);
+  if (c - 0x4E00 <= 0x9FBB - 0x4E00) return true;
+  if (form != ORU_NFC && !(form == ORU_NFKC && c - kSBase < kSCount)) return false;
+  if (form == ORU_NFKC) return true;
+  return c - kSBase < kSCount || c - 0x3001 <= 0x3029 - 0x3001 || c - 0x3041 <= 0x3096 - 0x3041 ||
+         c - 0x30A1 <= 0x30FA - 0x30A1;
+}
+
 // The length of the run of stable characters at s[i..n), and the start of
-// its last character.
-size_t stable_run_utf8(const unsigned char* s, size_t n, size_t i, uint32_t limit, size_t* last) {
+// its last character in *last.
+size_t stable_run_utf8(const unsigned char* s, size_t n, size_t i, uint32_t limit, uint32_t form,
+                       size_t* last) {
   const unsigned lead_limit = 0xC0 | (limit >> 6);  // first two-byte lead at or past limit
   size_t j = i;
   while (j < n) {
@@ -130,6 +146,12 @@ size_t stable_run_utf8(const unsigned char* s, size_t n, size_t i, uint32_t limi
         continue;
       }
     }
+    if ((b & 0xF0) == 0xE0 && n - j >= 3 && utf8_sequence(s, n, j) == 3 &&
+        stable_three_byte(s + j, form)) {
+      *last = j;
+      j += 3;
+      continue;
+    }
     break;
   }
   return j - i;
@@ -138,40 +160,36 @@ size_t stable_run_utf8(const unsigned char* s, size_t n, size_t i, uint32_t limi
 char* normalize_utf8(const char* src, size_t n, uint32_t form, uint32_t* outLen) {
   const unsigned char* s = bytes(src);
   const uint32_t limit = stable_limit(form);
-  std::string out;
+  OutBuffer out;
+  if (!out.reserve(n + 1 + n / 8)) return nullptr;
   std::vector<uint32_t> seg, norm;
+  std::string enc;
   size_t i = 0;
   while (i < n) {
     size_t last = i;
-    const size_t run = stable_run_utf8(s, n, i, limit, &last);
+    const size_t run = stable_run_utf8(s, n, i, limit, form, &last);
     if (i + run == n) {
-      out.append(src + i, run);
+      if (!out.append(src + i, run)) return nullptr;
       break;
     }
     // The last stable character may compose with what follows: it starts the
     // segment that is normalized the slow way, up to the next stable one.
     const size_t seg_start = run ? last : i;
-    out.append(src + i, seg_start - i);
+    if (!out.append(src + i, seg_start - i)) return nullptr;
     size_t m = i + run, unused = 0;
-    while (m < n && stable_run_utf8(s, n, m, limit, &unused) == 0) {
+    while (m < n && stable_run_utf8(s, n, m, limit, form, &unused) == 0) {
       const size_t len = utf8_sequence(s, n, m);
       m += len ? len : 1;
     }
     decode_utf8(src + seg_start, m - seg_start, seg);
     norm.clear();
     normalize_into(seg.data(), seg.size(), form, norm);
-    append_utf8(out, norm.data(), norm.size());
+    enc.clear();
+    append_utf8(enc, norm.data(), norm.size());
+    if (!out.append(enc.data(), enc.size())) return nullptr;
     i = m;
   }
-  char* result = static_cast<char*>(oruMalloc(out.size() + 1));
-  if (!result) {
-    if (outLen) *outLen = 0;
-    return nullptr;
-  }
-  std::memcpy(result, out.data(), out.size());
-  result[out.size()] = 0;
-  if (outLen) *outLen = static_cast<uint32_t>(out.size());
-  return result;
+  return out.release(outLen);
 }
 
 }  // namespace

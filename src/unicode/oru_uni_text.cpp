@@ -164,6 +164,32 @@ void append_utf8(std::string& out, const uint32_t* s, size_t n) {
   }
 }
 
+OutBuffer::~OutBuffer() { oruFree(data_); }
+
+bool OutBuffer::reserve(size_t capacity) {
+  if (capacity <= cap_) return true;
+  char* grown = static_cast<char*>(oruRealloc(data_, capacity + 1));  // + 1: the terminator
+  if (!grown) {
+    oruFree(data_);
+    data_ = nullptr;
+    size_ = cap_ = 0;
+    return false;
+  }
+  data_ = grown;
+  cap_ = capacity;
+  return true;
+}
+
+char* OutBuffer::release(uint32_t* outLen) {
+  if (!data_ && !reserve(0 + 1)) return nullptr;
+  data_[size_] = 0;
+  if (outLen) *outLen = static_cast<uint32_t>(size_);
+  char* out = data_;
+  data_ = nullptr;
+  size_ = cap_ = 0;
+  return out;
+}
+
 uint32_t* copy_ucs4(const uint32_t* s, size_t n, uint32_t* outLen) {
   auto* out = static_cast<uint32_t*>(oruMalloc((n ? n : 1) * sizeof(uint32_t)));
   if (!out) {

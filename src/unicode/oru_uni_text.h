@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <vector>
 
@@ -32,6 +33,35 @@ uint16_t* encode_utf16(const uint32_t* s, size_t n, uint32_t* outLen);
 // Appends s[0..n) to out in UTF-8, noncharacters included.
 void append_utf8(std::string& out, const uint32_t* s, size_t n);
 uint32_t* copy_ucs4(const uint32_t* s, size_t n, uint32_t* outLen);
+
+// A growable oruMalloc byte buffer whose contents are handed to the caller
+// NUL-terminated.  On allocation failure the operations return false and
+// the buffer is freed.
+class OutBuffer {
+ public:
+  OutBuffer() = default;
+  OutBuffer(const OutBuffer&) = delete;
+  OutBuffer& operator=(const OutBuffer&) = delete;
+  ~OutBuffer();
+  bool reserve(size_t capacity);
+  bool append(const char* s, size_t n) {
+    if (n > cap_ - size_ && !reserve(size_ + n + size_ / 2 + 16)) return false;
+    if (n) std::memcpy(data_ + size_, s, n);
+    size_ += n;
+    return true;
+  }
+  bool push(char c) {
+    if (size_ == cap_ && !reserve(size_ + size_ / 2 + 16)) return false;
+    data_[size_++] = c;
+    return true;
+  }
+  // Terminates the text and gives it away; *outLen (if given) gets its length.
+  char* release(uint32_t* outLen);
+
+ private:
+  char* data_ = nullptr;
+  size_t size_ = 0, cap_ = 0;
+};
 
 }  // namespace oru::unicode
 
