@@ -15,7 +15,7 @@
 
 namespace {
 
-const char* const kCommands[] = {"error", "hash", "info", "random", "time"};
+const char* const kCommands[] = {"error", "hash", "info", "iso3166", "names", "random", "time"};
 
 bool starts_with(const std::string& s, const std::string& prefix) {
   return s.compare(0, prefix.size(), prefix) == 0;

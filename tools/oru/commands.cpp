@@ -11,7 +11,9 @@ extern const oru_command oru_cmd_convert;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
+extern const oru_command oru_cmd_iso3166;
 extern const oru_command oru_cmd_locale;
+extern const oru_command oru_cmd_names;
 extern const oru_command oru_cmd_normalize;
 extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
@@ -29,7 +31,9 @@ const oru_command* const oru_commands[] = {
     &oru_cmd_error,
     &oru_cmd_hash,
     &oru_cmd_info,
+    &oru_cmd_iso3166,
     &oru_cmd_locale,
+    &oru_cmd_names,
     &oru_cmd_normalize,
     &oru_cmd_path,
     &oru_cmd_random,
