@@ -228,11 +228,295 @@ def build_char_info(ucd):
     return "oru_unicode_tables.cpp", body
 
 
-TABLES = [build_char_info]
+# ---------------------------------------------------------------------------
+# Case mapping: caseIndex / caseData per mapping, caseSpecialOffset /
+# caseSpecial shared; combining classes: cccIndex / cccData
+# ---------------------------------------------------------------------------
+
+SpecialRecord = namedtuple("SpecialRecord", "code lower title upper language condition")
+
+CONDITION_VALUE = {
+    "After_Soft_Dotted": 1, "Final_Sigma": 2, "Not_Before_Dot": 3,
+    "More_Above": 4, "After_I": 5,
+}
+
+
+def read_special_casing(ucd_dir):
+    """Returns the SpecialCasing.txt records in file order."""
+    out = []
+    with open(os.path.join(ucd_dir, "SpecialCasing.txt"), encoding="utf-8") as f:
+        for line in f:
+            line = line.split("#", 1)[0].strip()
+            if not line:
+                continue
+            fields = [x.strip() for x in line.split(";")]
+            language, condition = "", 0
+            for word in fields[4].split() if len(fields) > 4 else ():
+                if word in CONDITION_VALUE:
+                    condition = CONDITION_VALUE[word]
+                else:
+                    language = word
+            out.append(SpecialRecord(int(fields[0], 16), _hex_list(fields[1]),
+                                     _hex_list(fields[2]), _hex_list(fields[3]),
+                                     language, condition))
+    return out
+
+
+def read_case_folding(ucd_dir):
+    """Returns {status: {code point: [mapping]}} from CaseFolding.txt."""
+    out = {}
+    with open(os.path.join(ucd_dir, "CaseFolding.txt"), encoding="utf-8") as f:
+        for line in f:
+            line = line.split("#", 1)[0].strip()
+            if not line:
+                continue
+            fields = [x.strip() for x in line.split(";")]
+            out.setdefault(fields[1], {})[int(fields[0], 16)] = _hex_list(fields[2])
+    return out
+
+
+def read_composition_exclusions(ucd_dir):
+    out = set()
+    with open(os.path.join(ucd_dir, "CompositionExclusions.txt"), encoding="utf-8") as f:
+        for line in f:
+            line = line.split("#", 1)[0].strip()
+            if line:
+                out.add(int(line, 16))
+    return out
+
+
+def format_array(ctype, name, values, width, per_line):
+    fmt = "%d" if ctype.startswith("int") else "0x%%0%dX" % width
+    lines = ["const %s %s[%d] = {" % (ctype, name, len(values))]
+    for i in range(0, len(values), per_line):
+        lines.append("    " + ", ".join(fmt % v for v in values[i:i + per_line]) + ",")
+    lines.append("};")
+    return "\n".join(lines)
+
+
+CASE_LIMIT = 0x10480      # nothing from here up changes case
+CASE_DIRECT = 0x600       # below this caseData is indexed by code point
+CCC_LIMIT = 0x1D280
+DECOMP_LIMIT = 0x2FA40
+COMPOSE_LIMIT = 0x3100
+
+
+def language_code(language):
+    if not language:
+        return 0
+    return ord(language[0]) << 24 | ord(language[1]) << 16
+
+
+def case_records(ucd):
+    """{kind: {code point: [(header, outputs)]}}, each code point's language
+    and conditional records before its unconditional one: records are walked
+    in order and the first one taken wins."""
+    out = {"lower": {}, "upper": {}, "title": {}, "fold": {}}
+    for rec in ucd["SpecialCasing"]:
+        for kind in ("lower", "upper", "title"):
+            mapping = getattr(rec, kind)
+            header = language_code(rec.language) | rec.condition << 8 | len(mapping)
+            out[kind].setdefault(rec.code, []).append((header, mapping))
+    for kind in ("lower", "upper", "title"):
+        for code, records in out[kind].items():
+            records.sort(key=lambda r: (r[0] & 0xFFFFFF00) == 0)  # stable
+    for code, mapping in ucd["CaseFolding"].get("F", {}).items():
+        out["fold"][code] = [(len(mapping), mapping)]
+    return out
+
+
+def simple_case(ucd, kind):
+    simple = {}
+    for c, rec in ucd["UnicodeData"].items():
+        if kind == "fold":
+            continue
+        target = getattr(rec, kind)
+        if target is not None and target != c:
+            simple[c] = target
+    if kind == "fold":
+        for c, mapping in ucd["CaseFolding"].get("C", {}).items():
+            simple[c] = mapping[0]
+    return simple
+
+
+def build_case(ucd):
+    records = case_records(ucd)
+    special = [0]              # entry 0 is never used: a special word is >= 0x200000
+    special_offset = [0]
+    parts = ['#include "unicode/oru_casenorm_tables.h"', "", "namespace oru::unicode {", ""]
+    for kind in ("lower", "upper", "title", "fold"):
+        simple = simple_case(ucd, kind)
+        words = list(range(CASE_LIMIT))
+        for c, target in simple.items():
+            if c < CASE_LIMIT:
+                words[c] = target
+        for c in sorted(records[kind]):
+            entry = len(special_offset)
+            special_offset.append(len(special))
+            for header, mapping in records[kind][c]:
+                special.append(header)
+                special.extend(mapping)
+            special.append(0)
+            assert entry < (1024 if kind == "title" else 2048)
+            words[c] |= entry << 21
+        data = words[:CASE_DIRECT]
+        index = []
+        for b in range(CASE_LIMIT // 64):
+            block = words[b * 64:(b + 1) * 64]
+            if b < CASE_DIRECT // 64:
+                index.append(b)
+            elif block == list(range(b * 64, (b + 1) * 64)):
+                index.append(-1)
+            else:
+                index.append(len(data) // 64)
+                data.extend(block)
+        assert max(index) < 128
+        name = kind.capitalize()
+        parts += [
+            "// %s: a block number of case%sData per 64 code points, -1 when the" % (kind, name),
+            "// block maps to itself; U+0000..U+05FF are blocks 0-23 in order.",
+            format_array("int8_t", "case%sIndex" % name, index, 0, 16),
+            "",
+            format_array("uint32_t", "case%sData" % name, data, 8, 8),
+            "",
+        ]
+    assert len(special) < 0x10000
+    parts += [
+        "// The position in caseSpecial of each special entry of all four mappings.",
+        format_array("uint16_t", "caseSpecialOffset", special_offset, 4, 12),
+        "",
+        "// Records: a header (output count, condition, language) and its outputs;",
+        "// each entry ends with a zero word.",
+        format_array("uint32_t", "caseSpecial", special, 8, 8),
+        "",
+    ]
+    ccc = [0] * CCC_LIMIT
+    for c, rec in ucd["UnicodeData"].items():
+        if c < CCC_LIMIT:
+            ccc[c] = rec.combining
+    ccc_index, ccc_data, known = [], [], {}
+    for b in range(CCC_LIMIT // 64):
+        block = tuple(ccc[b * 64:(b + 1) * 64])
+        if not any(block):
+            ccc_index.append(255)
+            continue
+        if block not in known:
+            known[block] = len(ccc_data) // 64
+            ccc_data.extend(block)
+        ccc_index.append(known[block])
+    assert max(i for i in ccc_index if i != 255) < 255
+    parts += [
+        "// Canonical combining classes: a block of cccData per 64 code points, 255",
+        "// when the whole block has class 0.",
+        format_array("uint8_t", "cccIndex", ccc_index, 2, 16),
+        "",
+        format_array("uint16_t", "cccData", ccc_data, 4, 12),
+        "",
+        "}  // namespace oru::unicode",
+    ]
+    return "oru_unicode_case_tables.cpp", "\n".join(parts)
+
+
+# ---------------------------------------------------------------------------
+# Normalization: decompIndex / decompOffset / decompData and composeIndex /
+# composeOffset / composeData
+# ---------------------------------------------------------------------------
+
+
+def utf16_units(codes):
+    out = []
+    for c in codes:
+        if c >= 0x10000:
+            out += [0xD800 | ((c - 0x10000) >> 10), 0xDC00 | (c & 0x3FF)]
+        else:
+            out.append(c)
+    return out
+
+
+def two_stage(limit, shift, entries):
+    """A byte index per block of 1 << shift code points (255: no entry) and a
+    16-bit entry per code point of the blocks that have one."""
+    size = 1 << shift
+    index, offsets = [], []
+    for b in range(limit >> shift):
+        block = [entries.get(c, 0) for c in range(b << shift, (b + 1) << shift)]
+        if not any(block):
+            index.append(255)
+            continue
+        index.append(len(offsets) // size)
+        offsets.extend(block)
+    assert max(i for i in index if i != 255) < 255
+    return index, offsets
+
+
+def build_normalization(ucd):
+    exclusions = ucd["CompositionExclusions"]
+    udata = ucd["UnicodeData"]
+    decomp_data = [0]           # position 0 means "no decomposition"
+    decomp_at = {}
+    pairs = {}
+    for c in sorted(udata):
+        text = udata[c].decomposition
+        if not text:
+            continue
+        canonical = not text.startswith("<")
+        codes = _hex_list(text.split(">", 1)[1] if not canonical else text)
+        units = utf16_units(codes)
+        assert c < DECOMP_LIMIT and len(units) < 256
+        decomp_at[c] = len(decomp_data)
+        decomp_data.append((1 if canonical else 2) << 8 | len(units))
+        decomp_data.extend(units)
+        if (canonical and len(codes) == 2 and c not in exclusions
+                and udata[codes[0]].combining == 0):
+            assert codes[0] < COMPOSE_LIMIT
+            pairs.setdefault(codes[0], []).append((codes[1], c))
+    assert len(decomp_data) < 0x10000
+    compose_data = [0]
+    compose_at = {}
+    for first in sorted(pairs):
+        compose_at[first] = len(compose_data)
+        for second, composite in sorted(pairs[first]):
+            compose_data += utf16_units([second, composite])
+        compose_data.append(0)
+    decomp_index, decomp_offset = two_stage(DECOMP_LIMIT, 6, decomp_at)
+    compose_index, compose_offset = two_stage(COMPOSE_LIMIT, 4, compose_at)
+    body = "\n".join([
+        '#include "unicode/oru_casenorm_tables.h"',
+        "",
+        "namespace oru::unicode {",
+        "",
+        "// Decompositions one level deep: per 64 code points a block of decompOffset",
+        "// (255: none), per code point a position in decompData (0: none).  A record",
+        "// is a header (bits 0-7 length in units, bits 8-15 1 when canonical) and",
+        "// the mapping in UTF-16.",
+        format_array("uint8_t", "decompIndex", decomp_index, 2, 16),
+        "",
+        format_array("uint16_t", "decompOffset", decomp_offset, 4, 12),
+        "",
+        format_array("uint16_t", "decompData", decomp_data, 4, 12),
+        "",
+        "// Primary composites by first code point: per 16 code points a block of",
+        "// composeOffset (255: none), per code point a position in composeData of a",
+        "// zero-terminated list of (second, composite) pairs in UTF-16.",
+        format_array("uint8_t", "composeIndex", compose_index, 2, 16),
+        "",
+        format_array("uint16_t", "composeOffset", compose_offset, 4, 12),
+        "",
+        format_array("uint16_t", "composeData", compose_data, 4, 12),
+        "",
+        "}  // namespace oru::unicode",
+    ])
+    return "oru_unicode_norm_tables.cpp", body
+
+
+TABLES = [build_char_info, build_case, build_normalization]
 
 # The files each builder needs, read once and shared.
 SOURCES = {
     "UnicodeData": read_unicode_data,
+    "SpecialCasing": read_special_casing,
+    "CaseFolding": read_case_folding,
+    "CompositionExclusions": read_composition_exclusions,
 }
 PROPERTY_FILES = sorted({f for _, f, _ in PROPERTY_BITS})
 

@@ -242,6 +242,78 @@ ORU_API int32_t oruUTF16BinaryCompare(const uint16_t* lhs, uint32_t lhsLen, cons
 ORU_API int32_t oruUTF8BinaryCompare(const char* lhs, int32_t lhsLen, const char* rhs,
                                      int32_t rhsLen);
 
+/* ---- Case mapping (Unicode 4.1.0) ---- */
+
+/* The simple (one-to-one) lower, upper and title case mapping of c from
+ * UnicodeData; c itself when it has none or is above U+10FFFF. */
+ORU_API uint32_t oruUniCharToLower(uint32_t c);
+ORU_API uint32_t oruUniCharToUpper(uint32_t c);
+ORU_API uint32_t oruUniCharToTitle(uint32_t c);
+
+/* Full string case mappings: lower case, upper case and case folding (full
+ * folding, statuses C and F, no Turkic records).  Applies the special
+ * casing records with their contexts (Final_Sigma, After_Soft_Dotted,
+ * More_Above, Not_Before_Dot, After_I) and, for lower and upper, the Turkish,
+ * Azeri and Lithuanian records when the language locale parameter
+ * (ORU_LP_LANGUAGE, read once per call) is "tr", "az" or "lt".  The result
+ * is put into canonical order.
+ *
+ * Each returns a new array allocated with oruMalloc, which the caller frees
+ * with oruFree, and stores its length in *outLen (code points, UTF-16 units,
+ * or UTF-8 bytes without the terminator); null on allocation failure.
+ * UCS-4 and UTF-16: empty or null input returns null with *outLen 0; the
+ * UTF-16 result has no terminator.  UTF-8: len < 0 means NUL-terminated;
+ * the result is NUL-terminated; empty input returns an empty string, null
+ * input returns null; outLen may be null.  Ill-formed UTF-8 or UTF-16
+ * input becomes U+FFFD, one per offending byte or unit; UCS-4 values above
+ * U+10FFFF are copied unchanged. */
+ORU_API uint32_t* oruUCS4ToLower(const uint32_t* s, uint32_t len, uint32_t* outLen);
+ORU_API uint32_t* oruUCS4ToUpper(const uint32_t* s, uint32_t len, uint32_t* outLen);
+ORU_API uint32_t* oruUCS4Casefold(const uint32_t* s, uint32_t len, uint32_t* outLen);
+ORU_API uint16_t* oruUTF16ToLower(const uint16_t* s, uint32_t len, uint32_t* outLen);
+ORU_API uint16_t* oruUTF16ToUpper(const uint16_t* s, uint32_t len, uint32_t* outLen);
+ORU_API uint16_t* oruUTF16Casefold(const uint16_t* s, uint32_t len, uint32_t* outLen);
+ORU_API char* oruUTF8ToLower(const char* s, int32_t len, uint32_t* outLen);
+ORU_API char* oruUTF8ToUpper(const char* s, int32_t len, uint32_t* outLen);
+ORU_API char* oruUTF8Casefold(const char* s, int32_t len, uint32_t* outLen);
+
+/* ---- Normalization (Unicode 4.1.0) ---- */
+
+/* Form selectors: bit 1 composes, bit 0 uses compatibility mappings. */
+#define ORU_NFD 0u
+#define ORU_NFKD 1u
+#define ORU_NFC 2u
+#define ORU_NFKC 3u
+
+/* The full decomposition of c (canonical only when canonicalOnly is
+ * nonzero; Hangul syllables by arithmetic), written to out as far as whole
+ * characters fit in capacity (code points, UTF-16 units, or UTF-8 bytes;
+ * out may be null when capacity is 0).  Returns the length of the whole
+ * decomposition in the same unit, 1 (or the encoded length of c) when c has
+ * none: a result above capacity means call again with a larger buffer. */
+ORU_API uint32_t oruUCS4Decompose(uint32_t c, int canonicalOnly, uint32_t* out, uint32_t capacity);
+ORU_API uint32_t oruUTF16Decompose(uint32_t c, int canonicalOnly, uint16_t* out, uint32_t capacity);
+ORU_API uint32_t oruUTF8Decompose(uint32_t c, int canonicalOnly, char* out, uint32_t capacity);
+
+/* Sorts the combining marks of s into canonical order in place (stable,
+ * by combining class; characters of class 0 never move).  Ill-formed units
+ * or bytes stay in place and nothing moves across them.  UTF-8: n < 0 means
+ * NUL-terminated.  Null s does nothing. */
+ORU_API void oruUCS4CanonicalOrdering(uint32_t* s, uint32_t n);
+ORU_API void oruUTF16CanonicalOrdering(uint16_t* s, uint32_t n);
+ORU_API void oruUTF8CanonicalOrdering(char* s, int32_t n);
+
+/* Normalizes s to form (ORU_NFD, ORU_NFKD, ORU_NFC or ORU_NFKC; higher bits
+ * are ignored).  Returns a new array allocated with oruMalloc (free with
+ * oruFree) and its length in *outLen, with the same empty-input, null-input,
+ * terminator and ill-formed-input rules as the case mappings above; null on
+ * allocation failure.  Code points without data pass through unchanged. */
+ORU_API uint32_t* oruUCS4Normalize(const uint32_t* s, uint32_t len, uint32_t form,
+                                   uint32_t* outLen);
+ORU_API uint16_t* oruUTF16Normalize(const uint16_t* s, uint32_t len, uint32_t form,
+                                    uint32_t* outLen);
+ORU_API char* oruUTF8Normalize(const char* s, int32_t len, uint32_t form, uint32_t* outLen);
+
 #ifdef __cplusplus
 }
 #endif

@@ -5,6 +5,7 @@
 
 #include "oru_tool.h"
 
+extern const oru_command oru_cmd_case;
 extern const oru_command oru_cmd_catalog;
 extern const oru_command oru_cmd_charset;
 extern const oru_command oru_cmd_convert;
@@ -15,6 +16,7 @@ extern const oru_command oru_cmd_info;
 extern const oru_command oru_cmd_iso3166;
 extern const oru_command oru_cmd_locale;
 extern const oru_command oru_cmd_names;
+extern const oru_command oru_cmd_normalize;
 extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_stat;
@@ -25,6 +27,7 @@ extern const oru_command oru_cmd_validate;
 // One row a command, alphabetical, so that adding one is a one-line change.
 // clang-format off
 const oru_command* const oru_commands[] = {
+    &oru_cmd_case,
     &oru_cmd_catalog,
     &oru_cmd_charset,
     &oru_cmd_convert,
@@ -35,6 +38,7 @@ const oru_command* const oru_commands[] = {
     &oru_cmd_iso3166,
     &oru_cmd_locale,
     &oru_cmd_names,
+    &oru_cmd_normalize,
     &oru_cmd_path,
     &oru_cmd_random,
     &oru_cmd_stat,
