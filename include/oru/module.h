@@ -89,6 +89,14 @@ ORU_API oruResult oruDsoGetSymbol(oruDso dso, const char* name, void** address);
  * oruDsoGetErrorText; the handle is released even then. */
 ORU_API oruResult oruDsoUnload(oruDso dso);
 
+/* Writes the file of the object of dso into buffer (size bytes including
+ * the terminating zero): the path under which the loader mapped it - for a
+ * name the loader searched for, where it was found.  ORU_E_INVALID_ARG for
+ * an unloaded or unknown dso, a null buffer or a size of 0;
+ * ORU_E_BUFFER_TOO_SMALL when the path and its zero do not fit (the buffer
+ * is then an empty string). */
+ORU_API oruResult oruDsoGetPath(oruDso dso, char* buffer, size_t size);
+
 /* The reason of the calling thread's most recent failure of oruDsoLoad,
  * oruDsoGetSymbol or oruDsoUnload; "" when the thread has had none.  Never
  * null.  The text lives in per-thread storage of the library: it stays valid

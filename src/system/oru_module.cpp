@@ -132,6 +132,26 @@ ORU_API oruResult oruDsoUnload(oruDso dso) {
   return ORU_OK;
 }
 
+ORU_API oruResult oruDsoGetPath(oruDso dso, char* buffer, size_t size) {
+  if (buffer == nullptr || size == 0) return ORU_E_INVALID_ARG;
+  buffer[0] = '\0';
+  registry& r = handles();
+  try {
+    std::string path;
+    {
+      std::lock_guard<std::mutex> guard(r.lock);
+      auto it = r.objects.find(key_of(dso));
+      if (it == r.objects.end()) return ORU_E_INVALID_ARG;
+      path = platform_path(it->second);
+    }
+    if (path.size() >= size) return ORU_E_BUFFER_TOO_SMALL;
+    std::memcpy(buffer, path.c_str(), path.size() + 1);
+    return ORU_OK;
+  } catch (const std::bad_alloc&) {
+    return ORU_E_OUT_OF_MEMORY;
+  }
+}
+
 ORU_API const char* oruDsoGetErrorText(void) { return t_error_text; }
 
 ORU_API oruResult oruSymbolizeAddress(const void* address, oruSymbolInfo** info) {

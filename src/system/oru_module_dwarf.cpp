@@ -48,6 +48,10 @@ bool debug_lookup(const module_entry& module, uintptr_t address, debug_answer& a
       dwfl_module_addrinfo(mod, address, &offset, &symbol, nullptr, nullptr, nullptr);
   if (name != nullptr && name[0] != '\0') {
     answer.symbol = name;
+    // The full symbol table names versioned definitions "name@@VERSION";
+    // the version is no part of the function's name.
+    size_t at = answer.symbol.find('@');
+    if (at != std::string::npos && at > 0) answer.symbol.resize(at);
     answer.symbolStart = address - offset;
   }
   if (Dwfl_Line* line = dwfl_module_getsrc(mod, address)) {

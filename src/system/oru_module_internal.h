@@ -20,6 +20,9 @@ void* platform_open(const char* path, char* why, size_t size);
 // exported with the value null, then *found is true.
 void* platform_symbol(void* native, const char* name, bool* found, char* why, size_t size);
 bool platform_close(void* native, char* why, size_t size);
+// The file of a loaded object as the loader names it.  May throw
+// std::bad_alloc.
+std::string platform_path(void* native);
 
 // One mapped module: its file, the lowest address of its segments, their
 // extent and the load bias (what is added to the addresses in the file).

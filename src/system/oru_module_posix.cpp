@@ -153,6 +153,13 @@ bool platform_close(void* native, char* why, size_t size) {
   return false;
 }
 
+std::string platform_path(void* native) {
+  link_map* map = nullptr;
+  if (dlinfo(native, RTLD_DI_LINKMAP, &map) != 0 || map == nullptr) return std::string();
+  if (map->l_name == nullptr || map->l_name[0] == '\0') return executable_path();
+  return map->l_name;
+}
+
 std::vector<module_entry> platform_modules() {
   std::vector<module_entry> list;
   list_state state;

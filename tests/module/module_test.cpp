@@ -31,6 +31,16 @@ TEST(DsoLoad, SymbolsCallAndUnload) {
     *counter = 42;  // the function sees the object's data through the same address
     EXPECT_EQ(add(2, 3), 6);
     ASSERT_TRUE(find_module(kSampleFile, m));
+    char path[4096];
+    ASSERT_EQ(oruDsoGetPath(s.dso, path, sizeof path), ORU_OK);
+    EXPECT_EQ(real_path(path), kSampleFile);
+    const size_t length = std::string(path).size();
+    EXPECT_EQ(oruDsoGetPath(s.dso, path, length), ORU_E_BUFFER_TOO_SMALL);
+    EXPECT_STREQ(path, "");
+    EXPECT_EQ(oruDsoGetPath(s.dso, path, length + 1), ORU_OK);
+    EXPECT_EQ(oruDsoGetPath(s.dso, path, 0), ORU_E_INVALID_ARG);
+    EXPECT_EQ(oruDsoGetPath(s.dso, nullptr, 9), ORU_E_INVALID_ARG);
+    EXPECT_EQ(oruDsoGetPath(nullptr, path, sizeof path), ORU_E_INVALID_ARG);
     EXPECT_GE(reinterpret_cast<uintptr_t>(add), reinterpret_cast<uintptr_t>(m.base));
     EXPECT_LT(reinterpret_cast<uintptr_t>(add), reinterpret_cast<uintptr_t>(m.base) + m.size);
   }
