@@ -104,9 +104,9 @@ TEST(DsoLoad, FailuresAndTheirTexts) {
   std::thread([&] { other = oruDsoGetErrorText(); }).join();
   EXPECT_EQ(other, "");
 
-  EXPECT_EQ(oruDsoLoad(nullptr, &s.dso), ORU_E_INVALID_ARG);
-  EXPECT_EQ(s.dso, nullptr);
-  oruDso unused;
+  oruDso unused = s.dso;
+  EXPECT_EQ(oruDsoLoad(nullptr, &unused), ORU_E_INVALID_ARG);
+  EXPECT_EQ(unused, nullptr);
   EXPECT_EQ(oruDsoLoad(ORU_SAMPLE_FILE, nullptr), ORU_E_INVALID_ARG);
   EXPECT_EQ(oruDsoUnload(nullptr), ORU_E_INVALID_ARG);
   EXPECT_EQ(oruDsoUnload(reinterpret_cast<oruDso>(~uintptr_t{0})), ORU_E_INVALID_ARG);
