@@ -10,6 +10,85 @@
 extern "C" {
 #endif
 
+/*
+ * Locale parameters.  Each can be set by the application (a process-wide
+ * override, meant to be set at start-up before other threads read it);
+ * otherwise it is derived from the C library's current locale or from the
+ * operating system's user-default locale.
+ *
+ *   id  name                      value              set-time validation
+ *   0   ORU_LP_LANGUAGE           ISO 639-1 code     two letters a-z
+ *   1   ORU_LP_FALLBACK_LANGUAGE  second language    two letters a-z
+ *   2   ORU_LP_TERRITORY          ISO 3166-1 code    two letters A-Z
+ *   3   ORU_LP_APP_STRING         any string         none (never read)
+ *   4   ORU_LP_SYSTEM_CHARSET     character-set name none
+ *   5   ORU_LP_CONSOLE_CHARSET    character-set name none
+ *   6   ORU_LP_APP_CHARSET        character-set name none
+ *
+ * Ids 1 and 3 read as the empty string until set.  For ids 0, 2, 4, 5 and 6
+ * an empty override counts as not set: setting ids 4-6 to "" unsets them.
+ *
+ * Derivations (when not set).  The C library's locale is the name
+ * setlocale(LC_CTYPE, NULL) reports, skipped when it is "C".  On POSIX
+ * systems the user-default locale is the name in LC_ALL, LC_CTYPE or LANG
+ * (the first set and non-empty; "C" when none is), of the form
+ * language_TERRITORY.codeset@modifier.
+ *   - Language: the two letters before "_" in the C library's name; a
+ *     Windows-style name ("German_Germany.1252") is looked up in the
+ *     library's language-name table.  Without such a name, the user-default
+ *     locale's two-letter language; "en" when there is none (the C locale),
+ *     or when the code has three letters.
+ *   - Territory: the two letters after "_" in the C library's name (or a
+ *     Windows-style territory name ending at "."), else those of the
+ *     user-default locale, else the empty string.
+ *   - System and application character set: the codeset after "." in the C
+ *     library's name, else the user-default locale's (for a name without a
+ *     codeset, the one the C library gives that locale, so the C locale's
+ *     ANSI_X3.4-1968 gives "US-ASCII").  A codeset is resolved first as a
+ *     Windows code page number ("1252", also "CP1252", gives "windows-1252"),
+ *     then through the character-set registry, giving the set's MIME name or
+ *     else its primary name; glibc's spellings ("utf8", "iso88591", "eucjp")
+ *     are recognised.  An unknown codeset gives "US-ASCII".
+ *   - Console character set: the user-default locale's character set, as
+ *     above; the C library's locale is not consulted.
+ */
+#define ORU_LP_LANGUAGE 0u
+#define ORU_LP_FALLBACK_LANGUAGE 1u
+#define ORU_LP_TERRITORY 2u
+#define ORU_LP_APP_STRING 3u
+#define ORU_LP_SYSTEM_CHARSET 4u
+#define ORU_LP_CONSOLE_CHARSET 5u
+#define ORU_LP_APP_CHARSET 6u
+
+/* oruGetLocaleParam flag: ignore the overrides of ids 0, 2, 4 and 5 and
+ * derive from the user-default locale, skipping the C library's locale.  For
+ * id 6 the override still wins; its derivation skips the C library's locale.
+ * Ids 1 and 3 ignore the flag. */
+#define ORU_LP_FROM_SYSTEM 1u
+
+/* Copies the parameter's value, NUL included, into buffer.  Results: ORU_OK;
+ * ORU_E_INVALID_ARG for a null buffer, size 0 or id above 6;
+ * ORU_E_BUFFER_TOO_SMALL when size is not larger than the value's length;
+ * ORU_E_OUT_OF_MEMORY when the derivation cannot allocate. */
+ORU_API oruResult oruGetLocaleParam(uint32_t id, uint32_t flags, char* buffer, size_t size);
+
+/* Stores a copy of value as the override of parameter id, after validating
+ * it (see the table above), and re-decides whether the application and
+ * system character sets need a conversion.  Results: ORU_OK (also when the
+ * copy cannot be allocated: the slot is then unset); ORU_E_INVALID_ARG for a
+ * null value, an id above 6, or a value failing validation. */
+ORU_API oruResult oruSetLocaleParam(uint32_t id, const char* value);
+
+/* Converts a Windows-style locale name language_territory.codepage[@mod]
+ * ("German_Germany.1252") into language_TERRITORY.charset
+ * ("de_DE.windows-1252") in out.  The language is looked up in the language
+ * table ("en" when missing or not a two-letter code), the territory and
+ * code page in their tables.  Results: ORU_OK; ORU_E_INVALID_ARG for null
+ * arguments, size 0, or an unknown territory or code page (also when either
+ * is missing from the name); ORU_E_BUFFER_TOO_SMALL when size is not larger
+ * than the result's length. */
+ORU_API oruResult oruNativeToStdLocale(const char* native, char* out, size_t size);
+
 #ifdef __cplusplus
 }
 #endif

@@ -91,6 +91,8 @@ TEST(ToolError, CodesErrnosAndWin32Numbers) {
     char hex[16];
     std::snprintf(hex, sizeof hex, "0x%08X", static_cast<unsigned>(code));
     std::string text = oruStrError(code);
+    // The tool prints one line: without the "\r\n" of Win32 system texts.
+    while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
     return std::string(hex) + "\t" + name + "\t" + facility + "\t" + text + "\n";
   };
   struct {

@@ -6,21 +6,38 @@
 #include "oru_tool.h"
 
 extern const oru_command oru_cmd_backtrace;
+extern const oru_command oru_cmd_charset;
+extern const oru_command oru_cmd_convert;
 extern const oru_command oru_cmd_dso;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
+extern const oru_command oru_cmd_locale;
 extern const oru_command oru_cmd_modules;
 extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_stat;
 extern const oru_command oru_cmd_time;
 
+// One row a command, alphabetical, so that adding one is a one-line change.
+// clang-format off
 const oru_command* const oru_commands[] = {
-    &oru_cmd_backtrace, &oru_cmd_dso,     &oru_cmd_error, &oru_cmd_hash,
-    &oru_cmd_info,      &oru_cmd_modules, &oru_cmd_path,  &oru_cmd_random,
-    &oru_cmd_stat,      &oru_cmd_time,    nullptr,
+    &oru_cmd_backtrace,
+    &oru_cmd_charset,
+    &oru_cmd_convert,
+    &oru_cmd_dso,
+    &oru_cmd_error,
+    &oru_cmd_hash,
+    &oru_cmd_info,
+    &oru_cmd_locale,
+    &oru_cmd_modules,
+    &oru_cmd_path,
+    &oru_cmd_random,
+    &oru_cmd_stat,
+    &oru_cmd_time,
+    nullptr,
 };
+// clang-format on
 
 const oru_command* oru_find_command(const char* name) {
   for (const oru_command* const* c = oru_commands; *c != nullptr; ++c) {

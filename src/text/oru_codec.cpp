@@ -1,0 +1,99 @@
+// Text codecs: an open iconv conversion between two registered sets.
+
+#include "core/oru_internal.h"
+#include "oru/text.h"
+#include "text/oru_charset_tables.h"
+#include "text/oru_iconv.h"
+
+#include <cerrno>
+#include <cstdlib>
+
+using namespace oru_charset;
+
+struct oruTextCodecObject {
+  uint32_t fromMIB;
+  uint32_t toMIB;
+  oru_iconv_t cd;
+};
+
+namespace {
+
+oruResult map_iconv_errno(int err) {
+  switch (err) {
+    case 0:
+    case EINVAL:  // an incomplete sequence left unconsumed at the end
+      return ORU_OK;
+    case EILSEQ:
+      return ORU_E_ILLEGAL_SEQUENCE;
+    case EBADF:
+      return ORU_E_INVALID_ARG;
+    case E2BIG:
+      return ORU_S_OUTPUT_FULL;
+    default:
+      return ORU_E_FAIL;
+  }
+}
+
+}  // namespace
+
+extern "C" {
+
+ORU_API oruResult oruOpenTextCodec(const char* fromName, const char* toName,
+                                   oruTextCodec* codecOut) {
+  if (codecOut == nullptr) return ORU_E_INVALID_ARG;
+  *codecOut = nullptr;
+  if (fromName == nullptr || toName == nullptr) return ORU_E_INVALID_ARG;
+  int32_t from = oruCSNameToMIBenum(fromName);
+  int32_t to = oruCSNameToMIBenum(toName);
+  if (from < 0 || to < 0) return ORU_E_INVALID_ARG;
+  const char* fromIconv = oru_charset_iconv_name(static_cast<uint32_t>(from));
+  const char* toIconv = oru_charset_iconv_name(static_cast<uint32_t>(to));
+  if (fromIconv == nullptr || toIconv == nullptr) return ORU_E_NOT_SUPPORTED;
+  oru_iconv_t cd = nullptr;
+  int err = oru_iconv_open(toIconv, fromIconv, &cd);
+  if (err == EINVAL) return ORU_E_NOT_SUPPORTED;
+  if (err != 0) return static_cast<oruResult>(0x96220000u | static_cast<uint32_t>(err));
+  auto* codec = static_cast<oruTextCodecObject*>(oruCalloc(1, sizeof(oruTextCodecObject)));
+  if (codec == nullptr) {
+    oru_iconv_close(cd);
+    return ORU_E_OUT_OF_MEMORY;
+  }
+  codec->fromMIB = static_cast<uint32_t>(from);
+  codec->toMIB = static_cast<uint32_t>(to);
+  codec->cd = cd;
+  *codecOut = codec;
+  return ORU_OK;
+}
+
+ORU_API oruResult oruCloseTextCodec(oruTextCodec codec) {
+  if (codec == nullptr) return ORU_E_INVALID_ARG;
+  oru_iconv_close(codec->cd);
+  oruFree(codec);
+  return ORU_OK;
+}
+
+ORU_API oruResult oruResetTextCodec(oruTextCodec codec) {
+  if (codec == nullptr) return ORU_E_INVALID_ARG;
+  oru_iconv(codec->cd, nullptr, nullptr, nullptr, nullptr);
+  return ORU_OK;
+}
+
+ORU_API oruResult oruConvertText2(oruTextCodec codec, const char** inBuf, size_t* inLeft,
+                                  char** outBuf, size_t* outLeft, uint32_t flags) {
+  if (codec == nullptr) return ORU_E_INVALID_ARG;
+  if (flags & ORU_CONVERT_RESET) oru_iconv(codec->cd, nullptr, nullptr, nullptr, nullptr);
+  int err = oru_iconv(codec->cd, inBuf, inLeft, outBuf, outLeft);
+  if (flags & ORU_CONVERT_FLUSH) {
+    if (err == EINVAL) return ORU_E_ILLEGAL_SEQUENCE;
+    // Only a complete conversion may end the output's shift state.
+    if (err == 0) err = oru_iconv(codec->cd, nullptr, nullptr, outBuf, outLeft);
+  }
+  return map_iconv_errno(err);
+}
+
+ORU_API oruResult oruConvertText(oruTextCodec codec, const char** inBuf, size_t* inLeft,
+                                 char** outBuf, size_t* outLeft) {
+  return oruConvertText2(codec, inBuf, inLeft, outBuf, outLeft, 0);
+}
+
+}  // extern "C"
