@@ -154,7 +154,7 @@ TEST(VersionAttributes, SonameAndVersionedFileName) {
       }
     }
   }
-  char small[5];
+  char small[6];
   EXPECT_EQ(oruGetFileVersionString(ORU_SAMPLE_LINK, ORU_VERSION_FILE_VERSION, small, 5),
             ORU_E_BUFFER_TOO_SMALL);
   EXPECT_EQ(oruGetFileVersionString(ORU_SAMPLE_LINK, ORU_VERSION_FILE_VERSION, small, 6), ORU_OK);
