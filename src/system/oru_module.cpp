@@ -18,8 +18,9 @@ using namespace oru::module;
 thread_local char t_error_text[1024];
 
 void set_error(const char* text) {
-  std::strncpy(t_error_text, text, sizeof t_error_text - 1);
-  t_error_text[sizeof t_error_text - 1] = '\0';
+  const size_t length = strnlen(text, sizeof t_error_text - 1);
+  std::memcpy(t_error_text, text, length);
+  t_error_text[length] = '\0';
 }
 
 // Live handles.  A handle is a number that is never reused, so a stale or

@@ -21,8 +21,9 @@ namespace {
 
 void copy_text(const char* text, char* why, size_t size) {
   if (text == nullptr) text = "unknown loader failure";
-  std::strncpy(why, text, size - 1);
-  why[size - 1] = '\0';
+  const size_t length = strnlen(text, size - 1);
+  std::memcpy(why, text, length);
+  why[length] = '\0';
 }
 
 // The main program has no name in the loader's tables.

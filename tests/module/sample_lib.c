@@ -8,25 +8,28 @@
 
 SAMPLE_API int sample_counter = 41;
 
-SAMPLE_API volatile int sample_calls;
+/* Counted atomically: the chain runs on many threads at once. */
+SAMPLE_API int sample_calls;
+
+static void count_call(void) { __atomic_fetch_add(&sample_calls, 1, __ATOMIC_RELAXED); }
 
 SAMPLE_API int sample_add(int a, int b) { return a + b + sample_counter - 41; }
 
 SAMPLE_API __attribute__((noinline)) size_t sample_inner(void** addresses, size_t capacity) {
   size_t count = 0;
   if (oruCaptureBacktrace(0, addresses, capacity, &count) != ORU_OK) count = 0;
-  sample_calls++;
+  count_call();
   return count;
 }
 
 SAMPLE_API __attribute__((noinline)) size_t sample_middle(void** addresses, size_t capacity) {
   size_t count = sample_inner(addresses, capacity);
-  sample_calls++;
+  count_call();
   return count;
 }
 
 SAMPLE_API __attribute__((noinline)) size_t sample_outer(void** addresses, size_t capacity) {
   size_t count = sample_middle(addresses, capacity);
-  sample_calls++;
+  count_call();
   return count;
 }
