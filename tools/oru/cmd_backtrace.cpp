@@ -16,8 +16,8 @@ constexpr char kUsage[] =
     "Usage: oru backtrace\n"
     "Print a backtrace of the tool, innermost call first, one line a frame:\n"
     "  #N ADDRESS SYMBOL+OFFSET (MODULE) FILE:LINE\n"
-    "SYMBOL is '?' when no symbol is known; FILE:LINE appears when the module\n"
-    "has debug information and the library reads it.\n"
+    "Without a known symbol the frame reads '? (MODULE+OFFSET)'.  FILE:LINE\n"
+    "appears when the module has debug information and the library reads it.\n"
     "\n"
     "      --help   show this help and exit\n";
 
@@ -29,9 +29,15 @@ void print_frame(size_t index, void* address) {
     std::printf("#%zu %p ? (?)\n", index, address);
     return;
   }
-  std::printf("#%zu %p %s+%#zx (%s)", index, address,
-              info->symbolName != nullptr ? info->symbolName : "?", info->symbolOffset,
-              info->modulePath);
+  if (info->symbolName != nullptr) {
+    std::printf("#%zu %p %s+%#zx (%s)", index, address, info->symbolName, info->symbolOffset,
+                info->modulePath);
+  } else {
+    // No symbol: the offset into the module still locates the code.
+    std::printf("#%zu %p ? (%s+%#zx)", index, address, info->modulePath,
+                static_cast<size_t>(static_cast<const char*>(address) -
+                                    static_cast<const char*>(info->moduleBase)));
+  }
   if (info->sourceFile != nullptr) std::printf(" %s:%u", info->sourceFile, info->line);
   std::printf("\n");
   oruFree(info);
