@@ -171,11 +171,12 @@ TEST_F(ToolHash, CheckListsLikeMd5sum) {
   // md5sum's binary marker are accepted; malformed lines are counted.
   // An overlong line (a binary file as list) is skipped, not kept whole.
   dir_.write("crc.list", "CBF43926 *check\nnot a line\n0123  check\n" +
-                             std::string(200 * 1024, 'a') + "\ncbf43926  check\r\n");
+                             std::string(200 * 1024, 'a') + "\ncbf43926  check\r\n" +
+                             std::string("cbf43926  check\0x\n", 18));
   const run_result crc = hash({"-a", "crc32", "-c", "crc.list"});
   EXPECT_EQ(crc.status, 0);
   EXPECT_EQ(crc.out, "check: OK\ncheck: OK\n");
-  EXPECT_NE(crc.err.find("WARNING: 3 lines are improperly formatted"), std::string::npos);
+  EXPECT_NE(crc.err.find("WARNING: 4 lines are improperly formatted"), std::string::npos);
   // A list without a single usable line, and a missing list, are failures.
   dir_.write("junk.list", "junk\n");
   EXPECT_EQ(hash({"-c", "junk.list"}).status, 1);

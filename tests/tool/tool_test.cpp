@@ -15,7 +15,7 @@
 
 namespace {
 
-const char* const kCommands[] = {"error", "hash", "info", "random", "time"};
+const char* const kCommands[] = {"error", "hash", "info", "iso3166", "names", "random", "time"};
 
 bool starts_with(const std::string& s, const std::string& prefix) {
   return s.compare(0, prefix.size(), prefix) == 0;
@@ -91,7 +91,7 @@ TEST(ToolError, CodesErrnosAndWin32Numbers) {
     char hex[16];
     std::snprintf(hex, sizeof hex, "0x%08X", static_cast<unsigned>(code));
     std::string text = oruStrError(code);
-    // The tool prints one line: without the "\r\n" of Win32 system texts.
+    // System texts end in a line break; the tool keeps one line per code.
     while (!text.empty() && (text.back() == '\n' || text.back() == '\r')) text.pop_back();
     return std::string(hex) + "\t" + name + "\t" + facility + "\t" + text + "\n";
   };

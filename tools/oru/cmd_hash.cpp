@@ -202,6 +202,7 @@ bool parse_check_line(const std::string& raw, int hex_digits, std::string& value
     if (!((c >= '0' && c <= '9') || (c >= 'a' && c <= 'f'))) return false;
   }
   const std::string rest = line.substr(digits + 2);
+  if (rest.find('\0') != std::string::npos) return false;  // no file has that name
   if (!escaped) {
     name = rest;
     return true;

@@ -12,12 +12,16 @@ extern const oru_command oru_cmd_dso;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
+extern const oru_command oru_cmd_iso3166;
 extern const oru_command oru_cmd_locale;
 extern const oru_command oru_cmd_modules;
+extern const oru_command oru_cmd_names;
 extern const oru_command oru_cmd_path;
 extern const oru_command oru_cmd_random;
 extern const oru_command oru_cmd_stat;
 extern const oru_command oru_cmd_time;
+extern const oru_command oru_cmd_uni;
+extern const oru_command oru_cmd_validate;
 
 // One row a command, alphabetical, so that adding one is a one-line change.
 // clang-format off
@@ -29,12 +33,16 @@ const oru_command* const oru_commands[] = {
     &oru_cmd_error,
     &oru_cmd_hash,
     &oru_cmd_info,
+    &oru_cmd_iso3166,
     &oru_cmd_locale,
     &oru_cmd_modules,
+    &oru_cmd_names,
     &oru_cmd_path,
     &oru_cmd_random,
     &oru_cmd_stat,
     &oru_cmd_time,
+    &oru_cmd_uni,
+    &oru_cmd_validate,
     nullptr,
 };
 // clang-format on
