@@ -98,10 +98,10 @@ ORU_API oruResult oruDsoUnload(oruDso dso);
 ORU_API oruResult oruDsoGetPath(oruDso dso, char* buffer, size_t size);
 
 /* The reason of the calling thread's most recent failure of oruDsoLoad,
- * oruDsoGetSymbol or oruDsoUnload; "" when the thread has had none.  Never
- * null.  The text lives in per-thread storage of the library: it stays valid
- * until the next call of one of these functions on the same thread (or the
- * end of the thread), and is not to be freed. */
+ * oruDsoGetSymbol or oruDsoUnload; "" when the thread has had none (or
+ * when memory to keep the text was exhausted).  Never null.  The text lives in per-thread storage
+ * of the library: it stays valid until the next call of one of these functions on the same thread
+ * (or the end of the thread), and is not to be freed. */
 ORU_API const char* oruDsoGetErrorText(void);
 
 /*

@@ -4,6 +4,7 @@
 #include "core/oru_internal.h"
 #include "system/oru_module_internal.h"
 
+#include <cstdlib>
 #include <cstring>
 #include <mutex>
 #include <new>
@@ -13,14 +14,28 @@ namespace {
 
 using namespace oru::module;
 
-// The calling thread's last failure text.  A fixed buffer: reporting a
-// failure must not itself fail for want of memory.
-thread_local char t_error_text[1024];
+// The calling thread's last failure text, in a buffer of its own allocated
+// at the thread's first failure.  Only a pointer lives in thread-local
+// storage: the library's thread-local block is static (initial-exec), and
+// the space the loader keeps for such blocks of objects loaded later is
+// small.
+constexpr size_t kErrorTextSize = 1024;
+
+struct error_text {
+  char* text = nullptr;
+  ~error_text() { std::free(text); }
+};
+
+thread_local error_text t_error;
 
 void set_error(const char* text) {
-  const size_t length = strnlen(text, sizeof t_error_text - 1);
-  std::memcpy(t_error_text, text, length);
-  t_error_text[length] = '\0';
+  if (t_error.text == nullptr) {
+    t_error.text = static_cast<char*>(std::malloc(kErrorTextSize));
+    if (t_error.text == nullptr) return;  // the reason is lost, not the result
+  }
+  const size_t length = strnlen(text, kErrorTextSize - 1);
+  std::memcpy(t_error.text, text, length);
+  t_error.text[length] = '\0';
 }
 
 // Live handles.  A handle is a number that is never reused, so a stale or
@@ -60,7 +75,7 @@ ORU_API oruResult oruDsoLoad(const char* path, oruDso* dso) {
     set_error("null argument");
     return ORU_E_INVALID_ARG;
   }
-  char why[sizeof t_error_text];
+  char why[kErrorTextSize];
   // Not under the registry lock: the object's initialisers run here and may
   // load objects of their own.
   void* native = platform_open(path, why, sizeof why);
@@ -89,7 +104,7 @@ ORU_API oruResult oruDsoGetSymbol(oruDso dso, const char* name, void** address) 
     return ORU_E_INVALID_ARG;
   }
   registry& r = handles();
-  char why[sizeof t_error_text];
+  char why[kErrorTextSize];
   bool found = false;
   void* value = nullptr;
   {
@@ -125,7 +140,7 @@ ORU_API oruResult oruDsoUnload(oruDso dso) {
     r.objects.erase(it);
   }
   // Outside the lock: the object's finalisers run here.
-  char why[sizeof t_error_text];
+  char why[kErrorTextSize];
   if (!platform_close(native, why, sizeof why)) {
     set_error(why);
     return ORU_E_DSO_UNLOAD;
@@ -153,7 +168,7 @@ ORU_API oruResult oruDsoGetPath(oruDso dso, char* buffer, size_t size) {
   }
 }
 
-ORU_API const char* oruDsoGetErrorText(void) { return t_error_text; }
+ORU_API const char* oruDsoGetErrorText(void) { return t_error.text != nullptr ? t_error.text : ""; }
 
 ORU_API oruResult oruSymbolizeAddress(const void* address, oruSymbolInfo** info) {
   if (info == nullptr) return ORU_E_INVALID_ARG;
