@@ -5,16 +5,19 @@
 
 #include "oru_tool.h"
 
+extern const oru_command oru_cmd_backtrace;
 extern const oru_command oru_cmd_case;
 extern const oru_command oru_cmd_catalog;
 extern const oru_command oru_cmd_charset;
 extern const oru_command oru_cmd_convert;
 extern const oru_command oru_cmd_dec;
+extern const oru_command oru_cmd_dso;
 extern const oru_command oru_cmd_error;
 extern const oru_command oru_cmd_hash;
 extern const oru_command oru_cmd_info;
 extern const oru_command oru_cmd_iso3166;
 extern const oru_command oru_cmd_locale;
+extern const oru_command oru_cmd_modules;
 extern const oru_command oru_cmd_names;
 extern const oru_command oru_cmd_normalize;
 extern const oru_command oru_cmd_path;
@@ -27,16 +30,19 @@ extern const oru_command oru_cmd_validate;
 // One row a command, alphabetical, so that adding one is a one-line change.
 // clang-format off
 const oru_command* const oru_commands[] = {
+    &oru_cmd_backtrace,
     &oru_cmd_case,
     &oru_cmd_catalog,
     &oru_cmd_charset,
     &oru_cmd_convert,
     &oru_cmd_dec,
+    &oru_cmd_dso,
     &oru_cmd_error,
     &oru_cmd_hash,
     &oru_cmd_info,
     &oru_cmd_iso3166,
     &oru_cmd_locale,
+    &oru_cmd_modules,
     &oru_cmd_names,
     &oru_cmd_normalize,
     &oru_cmd_path,
