@@ -302,6 +302,216 @@ ORU_API oruDec128* oruDec128MaxNum(oruDec128* res, const oruDec128* x, const oru
 ORU_API oruDec128* oruDec128MinNumMag(oruDec128* res, const oruDec128* x, const oruDec128* y);
 ORU_API oruDec128* oruDec128MaxNumMag(oruDec128* res, const oruDec128* x, const oruDec128* y);
 
+/*
+ * Reading decimal numbers from text.
+ *
+ * oruDecParser is an incremental parser, fed one character at a time and
+ * owned by the caller (no heap memory).  One parser serves every width: the
+ * precision given to oruDecParseInit (7, 16 or 34) picks it, and the value is
+ * taken out at the end with that width's ParseGetValue.  Accepted text: an
+ * optional sign followed directly by digits, or a leading "." (always the
+ * full stop); group separators between integer digits; the configured
+ * decimal point after digits; an exponent "E"/"e" with an optional sign and
+ * at least one digit, read up to 9999; "inf", "infinity", "nan" and
+ * "nan(payload)" in any case (the payload is not kept; "sNaN" is refused).
+ * Digits beyond the precision are rounded half-even, an exact tie being
+ * decided by the parity of the eighth stored digit.
+ */
+typedef struct oruDecParser {
+  uint32_t decimalPoint;   /* the decimal-point character */
+  uint32_t groupSeparator; /* the digit-grouping character, 0 for none */
+  uint8_t state;           /* 0 .. 10; 10 is the error / finished state */
+  uint8_t precision;       /* 7, 16 or 34 */
+  uint8_t count;           /* coefficient digits stored, or letters matched */
+  uint8_t flags;           /* rounding information, sign, seen-markers */
+  int32_t scale;           /* stored digits after the point less dropped integer digits */
+  int32_t exponent;        /* explicit exponent magnitude; 0x7FFFFFFF for infinity */
+  uint32_t digits[5];      /* coefficient digits, eight to a word, most significant first */
+} oruDecParser;
+
+/* Results of oruDecParseNextChar: bit 0 says that the text read so far is a
+ * number, bit 1 that the caller is to stop feeding. */
+#define ORU_DEC_PARSE_MORE 0  /* accepted; not (yet) a number */
+#define ORU_DEC_PARSE_VALID 1 /* accepted; the text so far is a number */
+#define ORU_DEC_PARSE_ERROR 2 /* rejected; everything after is rejected too */
+#define ORU_DEC_PARSE_END 3   /* accepted; the number is complete */
+
+/*
+ * The number-format record shared by the parser (which reads only the
+ * decimalPoint and groupSeparator fields, low byte for narrow text) and the
+ * formatting functions.
+ *
+ *   style       ORU_DEC_STYLE_*.
+ *   digits      fixed and scientific: digits after the point; general:
+ *               significant digits (0 means 1); engineering: significant
+ *               digits.  Negative: as many as the value needs (no rounding).
+ *   decimalPoint, groupSeparator
+ *               the characters (groupSeparator 0: no grouping).
+ *   groupSize   integer digits per group, counted from the point (0: 3).
+ *   rounding    ORU_DEC_ROUND_* used when digits are dropped.
+ *   showPlus    non-zero: a "+" before non-negative numbers.
+ */
+typedef struct oruDecNumberFormat {
+  uint32_t style;
+  int32_t digits;
+  uint32_t decimalPoint;
+  uint32_t groupSeparator;
+  uint32_t groupSize;
+  int32_t rounding;
+  uint32_t showPlus;
+} oruDecNumberFormat;
+
+#define ORU_DEC_STYLE_FIXED 0       /* ddd.ddd, like format(x, ".Nf") */
+#define ORU_DEC_STYLE_SCIENTIFIC 1  /* d.dddE+n, like format(x, ".NE") */
+#define ORU_DEC_STYLE_ENGINEERING 2 /* exponent a multiple of three */
+#define ORU_DEC_STYLE_GENERAL 3     /* fixed or scientific by exponent, like ".NG" */
+
+/* Initialises parser for precision 7, 16 or 34 with the given decimal point
+ * (non-zero) and group separator (0 for none); bit 0 of skipSpace lets
+ * leading white space be skipped.  Returns 0, or -1 (parser in the error
+ * state) for a zero decimal point or another precision. */
+ORU_API int oruDecParseInit(oruDecParser* parser, uint32_t precision, char decimalPoint,
+                            char groupSeparator, int skipSpace);
+/* The same with 16-bit characters. */
+ORU_API int oruDecParseInitW(oruDecParser* parser, uint32_t precision, uint16_t decimalPoint,
+                             uint16_t groupSeparator, int skipSpace);
+/* Feeds one narrow character (taken as unsigned); returns ORU_DEC_PARSE_*. */
+ORU_API int oruDecParseNextChar(oruDecParser* parser, char c);
+/* Feeds one 16-bit character; returns ORU_DEC_PARSE_*. */
+ORU_API int oruDecParseNextWChar(oruDecParser* parser, uint16_t wc);
+/* The value read so far, rounded half-even to the width, with the flags of
+ * the rounding.  A parser of another precision gives the positive quiet NaN;
+ * text with no digit gives +infinity after "inf", else the quiet NaN; the
+ * sign applies to every value. */
+ORU_API oruDec32 oruDec32ParseGetValue(const oruDecParser* parser);
+ORU_API oruDec64 oruDec64ParseGetValue(const oruDecParser* parser);
+ORU_API oruDec128* oruDec128ParseGetValue(oruDec128* res, const oruDecParser* parser);
+/* Reads the longest number at the start of the NUL-terminated str (leading
+ * white space skipped).  format may be null (point ".", no grouping).
+ * *end (when end is not null) receives str plus the length read; text that
+ * is not a number gives +0 and *end == str; a format with decimal point 0
+ * reads nothing. */
+ORU_API oruDec32 oruDec32ParseString(const oruDecNumberFormat* format, const char* str,
+                                     const char** end);
+ORU_API oruDec64 oruDec64ParseString(const oruDecNumberFormat* format, const char* str,
+                                     const char** end);
+ORU_API oruDec128* oruDec128ParseString(oruDec128* res, const oruDecNumberFormat* format,
+                                        const char* str, const char** end);
+
+/*
+ * Writing decimal numbers as text.
+ *
+ * ToString writes the to-scientific-string form of the General Decimal
+ * Arithmetic specification ("1.50", "1.5E+3", "-0E-2", "Infinity", "-NaN",
+ * "NaN123", "sNaN") with its terminating NUL into buf, which holds size
+ * bytes.  Returns ORU_OK, ORU_E_INVALID_ARG for a null buf, or
+ * ORU_E_BUFFER_TOO_SMALL (buf then holds "" when size > 0) when size is below
+ * the text's length plus one; *length (when not null) receives the text's
+ * length without the NUL in every case but the null buf.  A buffer of the
+ * width's ORU_DECnn_STRING_MAX bytes always suffices.  Parsing the text back
+ * gives the same encoding for every canonical non-NaN value.
+ */
+#define ORU_DEC32_STRING_MAX 16
+#define ORU_DEC64_STRING_MAX 26
+#define ORU_DEC128_STRING_MAX 45
+ORU_API oruResult oruDec32ToString(oruDec32 x, char* buf, size_t size, size_t* length);
+ORU_API oruResult oruDec64ToString(oruDec64 x, char* buf, size_t size, size_t* length);
+ORU_API oruResult oruDec128ToString(const oruDec128* x, char* buf, size_t size, size_t* length);
+
+/*
+ * Conversions.  Flags as in arithmetic: widening is exact; narrowing rounds
+ * half-even with overflow, underflow and inexact.  NaN payloads are kept
+ * when they fit the target, else become 0; a signalling NaN is quieted and
+ * raises invalid.
+ */
+ORU_API oruDec64 oruDec32ToDec64(oruDec32 x);
+ORU_API oruDec128* oruDec32ToDec128(oruDec128* res, oruDec32 x);
+ORU_API oruDec128* oruDec64ToDec128(oruDec128* res, oruDec64 x);
+ORU_API oruDec32 oruDec64ToDec32(oruDec64 x);
+ORU_API oruDec32 oruDec128ToDec32(const oruDec128* x);
+ORU_API oruDec64 oruDec128ToDec64(const oruDec128* x);
+
+/*
+ * Integers.  From: exact with exponent 0 when the integer fits the
+ * precision, else rounded half-even with inexact.  To: rounded to the
+ * nearest integer, ties to even, without inexact; a NaN, an infinity or a
+ * value whose rounded result does not fit raises invalid and returns the
+ * type's minimum (signed: INT32_MIN, INT64_MIN) or maximum (unsigned:
+ * UINT32_MAX, UINT64_MAX).  Negative values that round to 0 give 0.
+ */
+ORU_API oruDec32 oruDec32FromInt32(int32_t v);
+ORU_API oruDec32 oruDec32FromUInt32(uint32_t v);
+ORU_API oruDec32 oruDec32FromInt64(int64_t v);
+ORU_API oruDec32 oruDec32FromUInt64(uint64_t v);
+ORU_API oruDec64 oruDec64FromInt32(int32_t v);
+ORU_API oruDec64 oruDec64FromUInt32(uint32_t v);
+ORU_API oruDec64 oruDec64FromInt64(int64_t v);
+ORU_API oruDec64 oruDec64FromUInt64(uint64_t v);
+ORU_API oruDec128* oruDec128FromInt32(oruDec128* res, int32_t v);
+ORU_API oruDec128* oruDec128FromUInt32(oruDec128* res, uint32_t v);
+ORU_API oruDec128* oruDec128FromInt64(oruDec128* res, int64_t v);
+ORU_API oruDec128* oruDec128FromUInt64(oruDec128* res, uint64_t v);
+ORU_API int32_t oruDec32ToInt32(oruDec32 x);
+ORU_API uint32_t oruDec32ToUInt32(oruDec32 x);
+ORU_API int64_t oruDec32ToInt64(oruDec32 x);
+ORU_API uint64_t oruDec32ToUInt64(oruDec32 x);
+ORU_API int32_t oruDec64ToInt32(oruDec64 x);
+ORU_API uint32_t oruDec64ToUInt32(oruDec64 x);
+ORU_API int64_t oruDec64ToInt64(oruDec64 x);
+ORU_API uint64_t oruDec64ToUInt64(oruDec64 x);
+ORU_API int32_t oruDec128ToInt32(const oruDec128* x);
+ORU_API uint32_t oruDec128ToUInt32(const oruDec128* x);
+ORU_API int64_t oruDec128ToInt64(const oruDec128* x);
+ORU_API uint64_t oruDec128ToUInt64(const oruDec128* x);
+
+/*
+ * Binary floating point.  Both directions are correctly rounded, ties to
+ * even, from the exact value: a double or float to a decimal with inexact,
+ * underflow (and, for decimal32, overflow) as for any rounded result; a
+ * decimal to double or float with inexact, overflow (to infinity) and
+ * underflow (tiny and inexact).  Infinities map to infinities with their
+ * sign; NaNs to quiet NaNs with their sign and payload 0, a signalling NaN
+ * raising invalid.  Zeros keep their sign and get exponent 0.
+ */
+ORU_API oruDec32 oruDoubleToDec32(double v);
+ORU_API oruDec64 oruDoubleToDec64(double v);
+ORU_API oruDec128* oruDoubleToDec128(oruDec128* res, double v);
+ORU_API oruDec32 oruFloatToDec32(float v);
+ORU_API oruDec64 oruFloatToDec64(float v);
+ORU_API oruDec128* oruFloatToDec128(oruDec128* res, float v);
+ORU_API double oruDec32ToDouble(oruDec32 x);
+ORU_API double oruDec64ToDouble(oruDec64 x);
+ORU_API double oruDec128ToDouble(const oruDec128* x);
+ORU_API float oruDec32ToFloat(oruDec32 x);
+ORU_API float oruDec64ToFloat(oruDec64 x);
+ORU_API float oruDec128ToFloat(const oruDec128* x);
+
+/*
+ * Formatting under a number-format record (null: general style, all
+ * digits, point ".", no grouping).  Fixed, scientific and general styles
+ * lay out digits as Python's format(Decimal(x), spec) does for the specs
+ * ".Nf", ".NE" and ".NG" (digits < 0: no precision; groupSeparator ","
+ * with groupSize 3: the "," option; showPlus: the "+" option), rounding by
+ * the record's direction instead of the context's; engineering shows
+ * `digits` significant digits (all when negative) and an exponent that is
+ * a multiple of three.  The value is never limited by the width, so fixed
+ * text of a large exponent is long.  Infinities are "Infinity", NaNs "NaN"
+ * or "sNaN" without payload, each with its sign.  Buffer convention as for
+ * ToString (size counts characters, NUL included); no flags are raised.
+ */
+ORU_API oruResult oruDec32FormatString(oruDec32 x, const oruDecNumberFormat* format, char* buf,
+                                       size_t size, size_t* length);
+ORU_API oruResult oruDec64FormatString(oruDec64 x, const oruDecNumberFormat* format, char* buf,
+                                       size_t size, size_t* length);
+ORU_API oruResult oruDec128FormatString(const oruDec128* x, const oruDecNumberFormat* format,
+                                        char* buf, size_t size, size_t* length);
+ORU_API oruResult oruDec32FormatWString(oruDec32 x, const oruDecNumberFormat* format, uint16_t* buf,
+                                        size_t size, size_t* length);
+ORU_API oruResult oruDec64FormatWString(oruDec64 x, const oruDecNumberFormat* format, uint16_t* buf,
+                                        size_t size, size_t* length);
+ORU_API oruResult oruDec128FormatWString(const oruDec128* x, const oruDecNumberFormat* format,
+                                         uint16_t* buf, size_t size, size_t* length);
+
 #ifdef __cplusplus
 }
 #endif

@@ -9,6 +9,7 @@
 #include "oru/file.h"
 #include "oru/hash.h"
 #include "oru/l10n.h"
+#include "oru/system.h"
 #include "oru/text.h"
 #include "oru/thread.h"
 #include "oru/time.h"

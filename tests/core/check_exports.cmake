@@ -1,5 +1,8 @@
 # Fails unless every dynamic symbol the library defines belongs to the public
-# interface: oru..., _oru..., getopt and its variables, Java_tam_oru_....
+# interface: oru..., _oru..., getopt and its variables, Java_tam_oru_...,
+# each carrying the library's symbol version ORU_0.1 as its default version
+# (name@@ORU_0.1), so that references bound to the C library's getopt and
+# optind never resolve to the library's.
 # Names in the library's internal style (oru_ plus lower case) must not leak.
 # Also checks that the byte-order pairs and the tagged allocator names are one
 # symbol under two names, not wrappers.
@@ -11,16 +14,23 @@ endif()
 
 string(REPLACE "\n" ";" lines "${listing}")
 set(bad "")
+set(nodes "")
+set(unversioned "")
 set(count 0)
 foreach(line IN LISTS lines)
-  if(NOT line MATCHES "^([0-9a-fA-F]+) ([A-Za-z]) ([^ @]+)")
+  if(NOT line MATCHES "^([0-9a-fA-F]+) ([A-Za-z]) ([^ @]+)(@*)([^ ]*)$")
     continue()
   endif()
   set(address ${CMAKE_MATCH_1})
   set(kind ${CMAKE_MATCH_2})
   set(name ${CMAKE_MATCH_3})
+  set(version "${CMAKE_MATCH_4}${CMAKE_MATCH_5}")
   if(kind STREQUAL "A")  # version nodes
+    list(APPEND nodes ${name})
     continue()
+  endif()
+  if(NOT version STREQUAL "@@ORU_0.1")
+    list(APPEND unversioned "${name}${version}")
   endif()
   math(EXPR count "${count} + 1")
   set(address_of_${name} ${address})
@@ -36,6 +46,18 @@ if(bad)
   list(JOIN bad "\n  " text)
   message(FATAL_ERROR "symbols outside the interface:\n  ${text}")
 endif()
+if(NOT nodes STREQUAL "ORU_0.1")
+  message(FATAL_ERROR "version nodes '${nodes}' instead of ORU_0.1 alone")
+endif()
+if(unversioned)
+  list(JOIN unversioned "\n  " text)
+  message(FATAL_ERROR "symbols without the default version ORU_0.1:\n  ${text}")
+endif()
+foreach(name getopt optarg optind opterr optopt)
+  if(NOT DEFINED address_of_${name})
+    message(FATAL_ERROR "${name} is not exported")
+  endif()
+endforeach()
 if(count LESS 10)
   message(FATAL_ERROR "only ${count} symbols: is the export list broken?")
 endif()

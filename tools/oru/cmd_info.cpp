@@ -2,6 +2,7 @@
 // library exposes, one "name: value" line each.  Areas of the library add
 // their facts as rows of kFacts.
 #include <oru/core.h>
+#include <oru/system.h>
 #include <oru/text.h>
 #include <oru/time.h>
 
@@ -83,11 +84,70 @@ oruResult utc_offset(std::string& out) {
   return ORU_OK;
 }
 
+// A buffer-filling query of the library as a fact.
+template <oruResult (*query)(char*, size_t)>
+oruResult text_of(std::string& out) {
+  char buf[1024];
+  const oruResult r = query(buf, sizeof buf);
+  if (ORU_SUCCEEDED(r)) out = buf;
+  return r;
+}
+
+// The account's domain is a question some systems have no answer to (an
+// account unknown to the account database, a directory account without a
+// domain): that is a fact about the system, not a failure of the tool.
+oruResult account_domain(std::string& out) {
+  char buf[1024];
+  const oruResult r = oruGetDomainname(buf, sizeof buf);
+  if (r == ORU_E_DOMAINNAME || r == ORU_E_UNKNOWN_USER) {
+    out = std::string("(none: ") + oruStrError(r) + ")";
+    return ORU_OK;
+  }
+  if (ORU_SUCCEEDED(r)) out = buf;
+  return r;
+}
+
+oruResult system_type(std::string& out) {
+  const int type = oruGetSystemType();
+  out = std::to_string(type) + (type == ORU_SYSTEM_TYPE_WINDOWS ? " (Windows)"
+                                : type == ORU_SYSTEM_TYPE_POSIX ? " (POSIX)"
+                                                                : "");
+  return ORU_OK;
+}
+
+oruResult program_name(std::string& out) {
+  out = oruGetProgramName();
+  return ORU_OK;
+}
+
+oruResult program_path(std::string& out) {
+  const char* path = oruGetProgramPath();
+  out = path != nullptr ? path : "(unknown)";
+  return ORU_OK;
+}
+
+template <oruResult (*query)(int*)>
+oruResult yes_no(std::string& out) {
+  int answer = 0;
+  const oruResult r = query(&answer);
+  if (ORU_SUCCEEDED(r)) out = answer != 0 ? "yes" : "no";
+  return r;
+}
+
 constexpr fact kFacts[] = {
     {"library version", library_version},
     {"byte order", byte_order},
     {"current time", current_time},
     {"utc offset", utc_offset},
+    {"host name", text_of<oruGetHostname>},
+    {"account domain", account_domain},
+    {"architecture", text_of<oruGetArchitecture>},
+    {"system name", text_of<oruGetSystemName>},
+    {"system type", system_type},
+    {"program name", program_name},
+    {"program path", program_path},
+    {"remote session", yes_no<oruIsWTSRemoteSession>},
+    {"terminal server", yes_no<oruIsWindowsTerminalServer>},
 };
 
 int run(int argc, char** argv) {
