@@ -84,7 +84,11 @@ public final class Decimal128 implements Comparable<Decimal128> {
     /** res = x * y + z with one rounding. */
     public static native void fusedMulAdd(long[] res, long xh, long xl, long yh, long yl, long zh,
             long zl);
-    /** x with the exponent of y, rounded by {@code mode} (a ROUND_ constant). */
+    /**
+     * x with the exponent of y.  The library rounds half-even whatever the
+     * mode; pass {@link #ROUND_HALF_EVEN}.  The directed roundings are the
+     * round methods (to an integral value).
+     */
     public static native void quantize(long[] res, long xh, long xl, long yh, long yl, int mode);
     public static native void scaleB(long[] res, long xh, long xl, int n);
     public static native void sqrt(long[] res, long xh, long xl);
@@ -188,8 +192,8 @@ public final class Decimal128 implements Comparable<Decimal128> {
 
     /**
      * Reads a decimal number: optional sign, digits with an optional point,
-     * optional exponent, or "Infinity"/"Inf"/"NaN"/"sNaN" in any case. More
-     * than 34 digits are rounded half-even.
+     * optional exponent, or "Infinity", "Inf" or "NaN" in any case. More than
+     * 34 digits are rounded half-even.
      *
      * @param s the text, nothing before or after the number
      * @return the value
@@ -208,7 +212,7 @@ public final class Decimal128 implements Comparable<Decimal128> {
 
     /**
      * @return the scientific string form, which {@link #parse} reads back
-     *     to the same value
+     *     to the same value (NaN payloads and signalling NaNs aside)
      */
     @Override
     public String toString() {
@@ -252,15 +256,13 @@ public final class Decimal128 implements Comparable<Decimal128> {
         return of(r);
     }
 
-    /** @return this with the exponent of y, rounded half-even */
+    /**
+     * @return this with the exponent of y, rounded half-even; NaN when that
+     *     needs more than 34 digits
+     */
     public Decimal128 quantize(Decimal128 y) {
-        return quantize(y, ROUND_HALF_EVEN);
-    }
-
-    /** @return this with the exponent of y, rounded by a ROUND_ constant */
-    public Decimal128 quantize(Decimal128 y, int mode) {
         long[] r = new long[2];
-        quantize(r, high, low, y.high, y.low, mode);
+        quantize(r, high, low, y.high, y.low, ROUND_HALF_EVEN);
         return of(r);
     }
 
