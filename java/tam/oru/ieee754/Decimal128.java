@@ -311,7 +311,9 @@ public final class Decimal128 implements Comparable<Decimal128> {
     @Override
     public int hashCode() {
         if (!isFinite()) {
-            return Long.hashCode(high & 0xFE00000000000000L);
+            // Sign and kind: infinity, quiet or signalling NaN; the bits
+            // below them do not change an infinity, and NaNs may collide.
+            return Long.hashCode(high & (isNaN() ? 0xFE00000000000000L : 0xFC00000000000000L));
         }
         long coefficientHigh = (high >>> 61 & 3) == 3 ? 0 : high & HIGH_COEFFICIENT;
         long coefficientLow = (high >>> 61 & 3) == 3 ? 0 : low;

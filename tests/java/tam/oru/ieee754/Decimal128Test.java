@@ -206,6 +206,9 @@ class Decimal128Test {
         assertEquals(0, nonCanonical.compareTo(d("0")));
         assertEquals(d("0"), nonCanonical);
         assertEquals(d("0").hashCode(), nonCanonical.hashCode());
+        Decimal128 oddInfinity = Decimal128.fromWords(0x7A00000000000000L, 5);
+        assertEquals(d("Infinity"), oddInfinity);
+        assertEquals(d("Infinity").hashCode(), oddInfinity.hashCode());
     }
 
     @Test
