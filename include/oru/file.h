@@ -167,7 +167,8 @@ ORU_API oruResult oruMoveFile(const char* oldPath, const char* newPath);
 /* Removes a file; a directory gives ORU_E_IS_DIRECTORY. */
 ORU_API oruResult oruRemoveFile(const char* path);
 
-/* Creates a directory, or removes an empty one; failures translated. */
+/* Creates a directory, or removes an empty one; failures translated.  A
+ * directory that is not empty gives ORU_E_DIR_NOT_EMPTY on every platform. */
 ORU_API oruResult oruCreateDirectory(const char* path);
 ORU_API oruResult oruRemoveDirectory(const char* path);
 

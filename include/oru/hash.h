@@ -23,9 +23,8 @@ extern "C" {
 #define ORU_CRC16_ARC 0u         /* poly 0x8005, reflected, init 0      */
 #define ORU_CRC16_CCITT_FALSE 1u /* poly 0x1021, init 0xFFFF            */
 #define ORU_CRC16_XMODEM 2u      /* poly 0x1021, init 0                 */
-#define ORU_CRC32                           \
-  3u /* poly 0x04C11DB7, reflected, the one \
-        of zip, PNG and Ethernet            */
+/* poly 0x04C11DB7, reflected: the CRC-32 of zip, PNG and Ethernet */
+#define ORU_CRC32 3u
 
 /* The CRC of length bytes at data under model type.  16-bit models fill
  * the low half of the result.  An unknown type gives 0; an empty buffer
@@ -142,8 +141,10 @@ ORU_API void oruDESBlockCipherECB3(const oruDESKeySchedule* schedule1,
  * cryptography.
  */
 
-/* Advances *state and returns the new value, a number from 1 to 2^31 - 2.
- * A null state pointer gives 0. */
+/* Advances *state and returns the new value, a number from 0 to 2^31 - 2.
+ * It is 0 only for a state of 0x7FFFFFFF (2^31 - 1) or 0xFFFFFFFE, which
+ * also leave the state 0, so that the next call starts from the fixed seed;
+ * every other state gives 1 to 2^31 - 2.  A null state pointer gives 0. */
 ORU_API uint32_t oruGetRandomNumber(uint32_t* state);
 
 #ifdef __cplusplus

@@ -146,7 +146,13 @@ ORU_API oruResult oruCreateDirectory(const char* path) {
 
 ORU_API oruResult oruRemoveDirectory(const char* path) {
   if (path == nullptr) return ORU_E_INVALID_ARG;
-  if (::rmdir(path) != 0) return oru_map_posix_error(errno);
+  if (::rmdir(path) != 0) {
+    // The errno translator has no entry for a directory that still holds
+    // names (ENOTEMPTY, or EEXIST on some systems); the code is the one the
+    // Windows build gives for ERROR_DIR_NOT_EMPTY.
+    if (errno == ENOTEMPTY || errno == EEXIST) return ORU_E_DIR_NOT_EMPTY;
+    return oru_map_posix_error(errno);
+  }
   return ORU_OK;
 }
 

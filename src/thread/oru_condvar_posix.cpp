@@ -13,6 +13,11 @@
 // happen under the guard, and pthread_cond_wait gives up the guard and sleeps
 // in one step, so a signal can never slip in between: a counted waiter is
 // always a sleeping (or released) one.
+//
+// The sleep is a cancellation point (pthread_cancel).  A cancelled waiter
+// leaves as a timed-out one would, hands on a wake-up it had been given, and
+// enters the caller's mutex again as pthread_cond_wait does, before the
+// caller's own cleanup handlers run.
 
 #include "core/oru_internal.h"
 #include "thread/oru_mutex_internal.h"
@@ -146,6 +151,24 @@ timespec monotonic_deadline(clockid_t clock, int64_t milliseconds) {
   return deadline;
 }
 
+// The cleanup of a waiter that pthread_cancel ends inside its sleep.
+struct CancelledWait {
+  oruCondVarObject* object;
+  Waiter* waiter;
+  oruMutex* mutex;
+};
+
+// pthread_cond_wait has taken the guard again when this runs.
+void on_cancel(void* argument) {
+  auto* cancelled = static_cast<CancelledWait*>(argument);
+  oruCondVarObject* object = cancelled->object;
+  // A signal already meant for this thread must not be lost with it.
+  if (leave_queue(object, cancelled->waiter) && object->waiters > 0) release_one(object);
+  pthread_cond_destroy(&cancelled->waiter->wake);
+  pthread_mutex_unlock(&object->guard);
+  reenter(cancelled->mutex);
+}
+
 void release_guard(oruCondVarObject* object, const char* context) {
   int error = pthread_mutex_unlock(&object->guard);
   if (error != 0) oru_fatal_error(static_cast<unsigned long>(error), context);
@@ -175,6 +198,7 @@ ORU_API oruResult oruCondVarInit(oruCondVar* condVar) {
 ORU_API oruResult oruCondVarDestroy(oruCondVar* condVar) {
   oruCondVarObject* object = object_of(condVar);
   if (object == nullptr) return ORU_OK;
+  oru::thread::CancellationOff no_cancellation;
   int error = pthread_mutex_lock(&object->guard);
   if (error != 0) return oru_map_posix_error(error);
   for (;;) {
@@ -242,10 +266,13 @@ ORU_API oruResult oruCondVarWait(oruCondVar* condVar, oruMutex* mutex) {
   error = pthread_cond_init(&waiter.wake, waiter_attributes().get());
   if (error == 0) {
     enqueue(object, &waiter);
+    CancelledWait cancelled = {object, &waiter, mutex};
+    pthread_cleanup_push(on_cancel, &cancelled);
     while (!waiter.released) {
       error = pthread_cond_wait(&waiter.wake, &object->guard);
       if (error != 0) break;
     }
+    pthread_cleanup_pop(0);
     if (leave_queue(object, &waiter)) error = 0;
     pthread_cond_destroy(&waiter.wake);
   }
@@ -292,10 +319,13 @@ ORU_API oruResult oruCondVarTimedWait(oruCondVar* condVar, oruMutex* mutex,
   if (error == 0) {
     timespec until = monotonic_deadline(attributes.clock(), remaining);
     enqueue(object, &waiter);
+    CancelledWait cancelled = {object, &waiter, mutex};
+    pthread_cleanup_push(on_cancel, &cancelled);
     while (!waiter.released) {
       error = pthread_cond_timedwait(&waiter.wake, &object->guard, &until);
       if (error != 0) break;
     }
+    pthread_cleanup_pop(0);
     // A release that raced with the timeout still counts as a wake-up.
     released = leave_queue(object, &waiter);
     pthread_cond_destroy(&waiter.wake);

@@ -32,7 +32,19 @@ inline bool single_threaded() {
 #endif
 }
 
-constinit thread_local char t_identity __attribute__((tls_model("initial-exec"))) = 0;
+// 0 until the thread first needs it.
+constinit thread_local uint64_t t_identity __attribute__((tls_model("initial-exec"))) = 0;
+std::atomic<uint64_t> g_last_identity{0};
+
+[[gnu::noinline]] uint64_t new_identity() {
+  t_identity = g_last_identity.fetch_add(1, std::memory_order_relaxed) + 1;
+  return t_identity;
+}
+
+inline uint64_t identity() {
+  uint64_t self = t_identity;
+  return __builtin_expect(self != 0, 1) ? self : new_identity();
+}
 
 // The lock word was found held: wait until we can take it.  It is left at 2,
 // since other sleepers may remain; that costs one spare wake-up at most.
@@ -46,10 +58,10 @@ constinit thread_local char t_identity __attribute__((tls_model("initial-exec"))
 
 }  // namespace
 
-const void* self_identity() { return &t_identity; }
+uint64_t self_identity() { return identity(); }
 
 oruResult mutex_lock(oruMutexObject* mutex) {
-  const void* self = &t_identity;
+  uint64_t self = identity();
   if (mutex->owner.load(std::memory_order_relaxed) == self) {
     if (mutex->count == UINT32_MAX) return ORU_E_AGAIN;
     ++mutex->count;
@@ -68,9 +80,14 @@ oruResult mutex_lock(oruMutexObject* mutex) {
 }
 
 oruResult mutex_unlock(oruMutexObject* mutex) {
-  if (mutex->owner.load(std::memory_order_relaxed) != &t_identity) return ORU_E_ACCESS_DENIED;
+  // A thread without an identity holds nothing (and must not match a free
+  // mutex's owner 0).
+  uint64_t self = t_identity;
+  if (mutex->owner.load(std::memory_order_relaxed) != self || self == 0) {
+    return ORU_E_ACCESS_DENIED;
+  }
   if (--mutex->count != 0) return ORU_OK;
-  mutex->owner.store(nullptr, std::memory_order_relaxed);
+  mutex->owner.store(0, std::memory_order_relaxed);
   if (single_threaded()) {
     mutex->state.store(0, std::memory_order_relaxed);  // nobody can be asleep on it
   } else if (mutex->state.exchange(0, std::memory_order_release) == 2) {
@@ -118,7 +135,7 @@ ORU_API oruResult oruMutexLock(oruMutex* mutex) {
 ORU_API oruResult oruMutexTryLock(oruMutex* mutex) {
   oruMutexObject* object = object_of(mutex);
   if (object == nullptr) return ORU_E_INVALID_ARG;
-  const void* self = oru::thread::self_identity();
+  uint64_t self = oru::thread::self_identity();
   if (object->owner.load(std::memory_order_relaxed) == self) {
     if (object->count == UINT32_MAX) return ORU_E_AGAIN;
     ++object->count;

@@ -18,6 +18,21 @@ inline int init_recursive_mutex(pthread_mutex_t* mutex) {
   return error;
 }
 
+// Holds off pthread_cancel for a scope.  The library's own waits (join, a
+// condition variable's destruction) must not be cut short: the thread would
+// leave holding the library's lock or a half-done claim.  A cancellation
+// requested meanwhile is acted on at the caller's next cancellation point.
+class CancellationOff {
+ public:
+  CancellationOff() { pthread_setcancelstate(PTHREAD_CANCEL_DISABLE, &previous_); }
+  ~CancellationOff() { pthread_setcancelstate(previous_, nullptr); }
+  CancellationOff(const CancellationOff&) = delete;
+  CancellationOff& operator=(const CancellationOff&) = delete;
+
+ private:
+  int previous_ = PTHREAD_CANCEL_ENABLE;
+};
+
 }  // namespace oru::thread
 
 #endif  // ORU_SRC_THREAD_ORU_PTHREAD_UTIL_H

@@ -17,7 +17,8 @@ namespace oru::thread {
 inline constexpr uint32_t kAdoptedThreadId = 0xFFFFFFFFu;
 
 // One per thread known to the library.  Allocated zero-filled; freed only by
-// the reaper, once the thread has ended and nobody can join it any more.
+// the reaper, once the thread has ended and nobody can join it any more (and
+// in a forked child, where the parent's other threads' records are dropped).
 struct ThreadData {
   ThreadData* next;       // next record in the same bucket of the table
   ThreadData* reap_next;  // next record in the reaper queue
@@ -26,11 +27,19 @@ struct ThreadData {
   uint32_t detached;      // handed to the reaper (detached, joined or adopted)
   uint32_t tls_count;     // slots in tls_values
   void** tls_values;      // thread-local values, indexed by key
-  // Set (under the thread lock) when the thread has finished with the
-  // library: its start routine returned, or it exited.
+  // The thread's way out, under the thread lock:
+  //  - finished: the thread is past its routine and its C++ thread_local
+  //    destructors (it is in the pthread key destructors); exit_status is
+  //    valid;
+  //  - joining: a joiner has claimed the system thread and will collect it;
+  //  - ended: the system thread is gone (collected with pthread_join), or it
+  //    is one the library does not collect (adopted, or detached with the
+  //    raw pthread call) and it has finished.
+  uint32_t finished;
+  uint32_t joining;
   uint32_t ended;
-  unsigned exit_status;     // valid once ended
-  unsigned exit_pending;    // the status oruThreadExit leaves for the end
+  unsigned exit_status;     // valid once finished
+  unsigned exit_pending;    // written by the thread itself before it finishes
   pthread_t system_thread;  // created threads only
 };
 
@@ -42,6 +51,9 @@ class ThreadTable {
   ThreadData* find(uintptr_t handle) const;
   // False when the record is not in the table.
   bool remove(ThreadData* record);
+  // Empties the table but for `keep` (may be null); returns the removed
+  // records chained through their next field.
+  ThreadData* remove_all_except(ThreadData* keep);
 
  private:
   static constexpr unsigned kBuckets = 256;
@@ -53,7 +65,8 @@ class ThreadTable {
 // writes only its own.
 extern constinit thread_local ThreadData* t_self __attribute__((tls_model("initial-exec")));
 
-// The module's one-time set-up (threads, reaper, key table).
+// The module's one-time set-up (locks, key table, fork handlers), and the
+// reaper, which is started again in a forked child on its first use there.
 void ensure_initialized();
 
 // The calling thread's record, adopting the thread if it has none yet;

@@ -3,28 +3,34 @@
 // Every thread known to the library has a record (ThreadData) in the thread
 // table under a handle number that is never reused; oruThread is that
 // number.  Records are freed only by the reaper thread, and only once the
-// thread has ended AND has been handed over (detached, joined, or adopted):
+// thread has ended AND has been handed over (detached, joined, or adopted).
 //
-//  - a created thread marks its record "ended" under the thread lock when
-//    its start routine returns, or from the pthread key destructor when it
-//    leaves through oruThreadExit or pthread_exit;
-//  - an adopted thread (one the library did not create) gets a record on
-//    first contact, handed over at once, and marks it ended from the same
-//    key destructor when the thread exits;
-//  - whichever of "ended" and "handed over" comes second puts the record on
-//    the reaper queue and wakes the reaper.
+// A thread's end comes in two steps.  It "finishes" when the library's
+// pthread key destructor runs: its routine has returned (or it left through
+// oruThreadExit or pthread_exit) and its C++ thread_local destructors are
+// done.  Its system thread is "ended" once pthread_join has collected it.
+// Until then the thread keeps its record, so oruThreadSelf and oruTlsGet
+// keep answering for it in whatever destructors still run.  Exactly one
+// party collects a created thread: a joiner that claimed it, else the
+// reaper, which is handed the record when it has finished (so that its
+// pthread_join never waits for long).  The reaper then runs the thread-local
+// destructors and frees the record under the thread lock.
 //
-// The reaper pthread_join()s created threads, so their system thread is
-// truly gone, then releases the records under the thread lock, running the
-// thread-local destructors there.  Joiners do not pthread_join: they wait for
-// "ended" on a condition shared by all joiners and look the handle up again
-// after every wake-up, so a record that vanished meanwhile is never touched.
+// Threads the library does not own the end of are never joined: adopted
+// threads (ones the library did not create), and created threads that
+// detached themselves with the raw pthread call, which the key destructor
+// notices; such a thread is ended as soon as it finishes, because its
+// descriptor may belong to an unrelated thread soon after.
+//
+// fork: the thread lock and the key lock are held across it, and the child,
+// whose only thread is the one that forked, forgets every other thread's
+// record and starts a reaper of its own on first use.
 
 #include "core/oru_internal.h"
 #include "thread/oru_pthread_util.h"
 #include "thread/oru_thread_internal.h"
+#include "thread/oru_thread_stack.h"
 
-#include <limits.h>
 #include <unistd.h>
 #include <atomic>
 #include <cerrno>
@@ -46,6 +52,8 @@ struct StartBlock {
   ThreadData* record;
 };
 
+// What the reaper and the destructors it runs may use; the system's own
+// share of a stack comes on top (see system_stack_size).
 constexpr size_t kReaperStackSize = 0x20000;
 
 struct Module {
@@ -54,11 +62,10 @@ struct Module {
   pthread_cond_t reaper_wake;   // the reaper event
   pthread_cond_t thread_ended;  // joiners wait here
   pthread_cond_t start_gate;    // new threads wait here for their record
-  // Holds each library thread's record so that its destructor tells us when
-  // the thread exits without returning from its start routine, or when an
-  // adopted thread ends.
+  // Holds each library thread's record, so that its destructor tells us when
+  // the thread finishes, whichever way it leaves.
   pthread_key_t end_key;
-  ThreadData* reaper_queue;  // ended and handed over, not yet taken
+  ThreadData* reaper_queue;  // finished and handed over, not yet taken
   uintptr_t last_handle;
   ThreadTable table;
 };
@@ -66,6 +73,8 @@ struct Module {
 Module g_module;
 pthread_once_t g_init_once = PTHREAD_ONCE_INIT;
 std::atomic<bool> g_initialized{false};
+// Whether this process has its reaper; cleared in a forked child.
+std::atomic<bool> g_reaper_running{false};
 std::atomic<size_t> g_default_stack_size{0};
 
 void fatal(int error, const char* context) {
@@ -87,31 +96,47 @@ void queue_for_reaper(ThreadData* record) {
   if (error != 0) fatal(error, "thread_detach[oru_thread]: SetEvent");
 }
 
-// Hands a record to the reaper; thread lock held.  It is released as soon as
-// its thread has ended, which may already be the case.
+// Passes a record to the reaper once it is its business: handed over,
+// finished, and not being collected by a joiner.  Thread lock held.
+void release_when_ready(ThreadData* record) {
+  if (record->detached && record->finished && !record->joining) queue_for_reaper(record);
+}
+
+// Hands a record to the reaper; thread lock held.  It is released once its
+// thread has finished, which may already be the case.
 void thread_detach(ThreadData* record) {
   record->detached = 1;
-  if (record->ended) queue_for_reaper(record);
+  release_when_ready(record);
 }
 
-// The calling thread is done with the library: after this its record may be
-// freed at any moment.
-void thread_end(ThreadData* record, unsigned status) {
-  lock_threads();
-  record->ended = 1;
-  record->exit_status = status;
-  pthread_cond_broadcast(&g_module.thread_ended);
-  if (record->detached) queue_for_reaper(record);
-  unlock_threads();
+// Whether the calling thread has been detached with the raw pthread call.
+// When that cannot be told, it is taken as detached: leaving a system thread
+// uncollected costs its stack, joining a foreign one can hang for ever.
+bool detached_by_the_application() {
+  pthread_attr_t attributes;
+  if (pthread_getattr_np(pthread_self(), &attributes) != 0) return true;
+  int state = PTHREAD_CREATE_DETACHED;
+  pthread_attr_getdetachstate(&attributes, &state);
+  pthread_attr_destroy(&attributes);
+  return state == PTHREAD_CREATE_DETACHED;
 }
 
-// The end_key destructor: the thread exits holding a record it has not
-// marked ended (an adopted thread, or a created one leaving through
-// oruThreadExit or pthread_exit).
+// The end_key destructor: the thread has finished.  Unless its system
+// thread is ours to collect, the record may be freed as soon as the lock is
+// released, so the thread lets go of it first.
 void on_thread_exit(void* value) {
   auto* record = static_cast<ThreadData*>(value);
-  t_self = nullptr;
-  thread_end(record, record->exit_pending);
+  bool collectable = record->id != kAdoptedThreadId && !detached_by_the_application();
+  lock_threads();
+  record->finished = 1;
+  record->exit_status = record->exit_pending;
+  if (!collectable) {
+    record->ended = 1;
+    t_self = nullptr;
+  }
+  pthread_cond_broadcast(&g_module.thread_ended);
+  release_when_ready(record);
+  unlock_threads();
 }
 
 // Releases a record; called by the reaper with the thread lock held.
@@ -135,24 +160,74 @@ void* reaper(void*) {
     ThreadData* batch = g_module.reaper_queue;
     g_module.reaper_queue = nullptr;
 
-    // Wait for the system threads to be gone without holding the lock: an
-    // exiting thread may still need it (a destructor of another library that
-    // calls into this one adopts the thread afresh).
+    // Collect the system threads still on their way out, without the lock:
+    // their remaining destructors may call into the library.  Nobody else
+    // touches a queued record.
     unlock_threads();
-    // pthread_join fails only if someone detached the thread behind our back
-    // with the raw pthread call; it then cleans up after itself.
     for (ThreadData* record = batch; record != nullptr; record = record->reap_next) {
-      if (record->id != kAdoptedThreadId) pthread_join(record->system_thread, nullptr);
+      if (!record->ended) pthread_join(record->system_thread, nullptr);
     }
     lock_threads();
 
     while (batch != nullptr) {
       ThreadData* record = batch;
       batch = record->reap_next;
+      record->ended = 1;
       delete_thread_data(record);
     }
   }
   return nullptr;
+}
+
+// Thread lock held.
+void start_reaper() {
+  pthread_attr_t attributes;
+  int error = pthread_attr_init(&attributes);
+  if (error == 0) {
+    error = pthread_attr_setstacksize(&attributes, system_stack_size(kReaperStackSize));
+    if (error == 0) error = pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+    pthread_t thread;
+    if (error == 0) error = pthread_create(&thread, &attributes, reaper, nullptr);
+    pthread_attr_destroy(&attributes);
+  }
+  if (error != 0) fatal(error, "initialize[oru_thread]: CreateThread");
+  g_reaper_running.store(true, std::memory_order_release);
+}
+
+// fork: the tables must not be copied half-changed, so the locks are held
+// across it.
+void before_fork() {
+  lock_threads();
+  lock_keys();
+}
+
+void after_fork_in_parent() {
+  unlock_keys();
+  unlock_threads();
+}
+
+// The child's only thread is the one that forked.  The locks and conditions
+// are made anew (they may name threads of the parent), the other threads'
+// records are dropped without running destructors (their threads never run
+// here), and the reaper, which did not come along, starts on first use.
+void after_fork_in_child() {
+  Module& m = g_module;
+  int error = init_recursive_mutex(&m.thread_lock);
+  if (error == 0) error = init_recursive_mutex(&m.key_lock);
+  if (error != 0) fatal(error, "after_fork[oru_thread]: InitializeCriticalSection");
+  error = pthread_cond_init(&m.reaper_wake, nullptr);
+  if (error == 0) error = pthread_cond_init(&m.thread_ended, nullptr);
+  if (error == 0) error = pthread_cond_init(&m.start_gate, nullptr);
+  if (error != 0) fatal(error, "after_fork[oru_thread]: CreateEvent");
+  m.reaper_queue = nullptr;
+  ThreadData* gone = m.table.remove_all_except(t_self);
+  while (gone != nullptr) {
+    ThreadData* record = gone;
+    gone = record->next;
+    oruFree(record->tls_values);
+    oruFree(record);
+  }
+  g_reaper_running.store(false, std::memory_order_relaxed);
 }
 
 void initialize() {
@@ -168,17 +243,8 @@ void initialize() {
   error = init_recursive_mutex(&m.key_lock);
   if (error != 0) fatal(error, "initialize[oru_thread]: InitializeCriticalSection");
   if (!tls_initialize_keys()) fatal(ORU_FATAL_OUT_OF_MEMORY, "initialize[oru_thread]: calloc");
-
-  pthread_attr_t attributes;
-  error = pthread_attr_init(&attributes);
-  if (error == 0) {
-    pthread_attr_setstacksize(&attributes, kReaperStackSize);
-    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
-    pthread_t thread;
-    error = pthread_create(&thread, &attributes, reaper, nullptr);
-    pthread_attr_destroy(&attributes);
-  }
-  if (error != 0) fatal(error, "initialize[oru_thread]: CreateThread");
+  error = pthread_atfork(before_fork, after_fork_in_parent, after_fork_in_child);
+  if (error != 0) fatal(error, "initialize[oru_thread]: pthread_atfork");
   g_initialized.store(true, std::memory_order_release);
 }
 
@@ -197,26 +263,23 @@ void* start_thread(void* argument) {
   void* arg = start->arg;
   oruFree(start);
 
-  unsigned status = routine(arg);
-
-  // Ending here, so the key destructor must not end the record again.
-  pthread_setspecific(g_module.end_key, nullptr);
-  t_self = nullptr;
-  thread_end(record, status);
+  // The end_key destructor finishes the record, after the thread_local
+  // destructors, exactly as when the thread leaves through oruThreadExit.
+  record->exit_pending = routine(arg);
   return nullptr;
-}
-
-size_t usable_stack_size(size_t requested) {
-  // Windows rounds a small stack up to its minimum; do the same.
-  auto minimum = static_cast<size_t>(PTHREAD_STACK_MIN);
-  return requested < minimum ? minimum : requested;
 }
 
 inline uintptr_t handle_of(oruThread thread) { return reinterpret_cast<uintptr_t>(thread); }
 
 }  // namespace
 
-void ensure_initialized() { pthread_once(&g_init_once, initialize); }
+void ensure_initialized() {
+  if (g_reaper_running.load(std::memory_order_acquire)) return;
+  pthread_once(&g_init_once, initialize);
+  lock_threads();
+  if (!g_reaper_running.load(std::memory_order_relaxed)) start_reaper();
+  unlock_threads();
+}
 
 void lock_keys() { pthread_mutex_lock(&g_module.key_lock); }
 void unlock_keys() { pthread_mutex_unlock(&g_module.key_lock); }
@@ -265,8 +328,9 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
   pthread_attr_t attributes;
   int error = pthread_attr_init(&attributes);
   if (error == 0) {
+    // Windows rounds a small stack up to its minimum; so do we.
     if (stackSize != 0)
-      error = pthread_attr_setstacksize(&attributes, usable_stack_size(stackSize));
+      error = pthread_attr_setstacksize(&attributes, system_stack_size(stackSize));
     if (error == 0)
       error = pthread_create(&record->system_thread, &attributes, start_thread, block);
     pthread_attr_destroy(&attributes);
@@ -296,6 +360,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   // Before the first thread exists no handle can be known.
   if (!g_initialized.load(std::memory_order_acquire)) return ORU_E_NO_SUCH_PROCESS;
   uintptr_t handle = handle_of(thread);
+  CancellationOff no_cancellation;
   lock_threads();
   ThreadData* record = g_module.table.find(handle);
   if (record == nullptr) {
@@ -311,16 +376,38 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
     unlock_threads();
     return oru_map_posix_error(EDEADLK);
   }
-  while (!record->ended) {
-    pthread_cond_wait(&g_module.thread_ended, &g_module.thread_lock);
-    record = g_module.table.find(handle);
-    if (record == nullptr) {
-      unlock_threads();
-      return ORU_E_NO_SUCH_PROCESS;
+  if (record->joining) {
+    // Another joiner collects the thread and then hands it over.  The
+    // record may be gone after any wake-up, so it is looked up again.
+    while (!record->ended) {
+      pthread_cond_wait(&g_module.thread_ended, &g_module.thread_lock);
+      record = g_module.table.find(handle);
+      if (record == nullptr) {
+        unlock_threads();
+        return ORU_E_NO_SUCH_PROCESS;
+      }
     }
+    unlock_threads();
+    return ORU_E_INVALID_ARG;
   }
+
+  // Ours to collect; while joining is set the record stays.  The system
+  // thread is joined only once the thread has finished: by then it is known
+  // whether the application detached it, and the wait is short.
+  record->joining = 1;
+  while (!record->finished) pthread_cond_wait(&g_module.thread_ended, &g_module.thread_lock);
+  if (!record->ended) {
+    pthread_t system_thread = record->system_thread;
+    unlock_threads();
+    pthread_join(system_thread, nullptr);
+    lock_threads();
+    record->ended = 1;
+  }
+  record->joining = 0;
+  pthread_cond_broadcast(&g_module.thread_ended);
   if (record->detached) {
-    // Another joiner or a detach came first.
+    // A detach came while we waited: the thread is the reaper's now.
+    release_when_ready(record);
     unlock_threads();
     return ORU_E_INVALID_ARG;
   }
@@ -348,7 +435,7 @@ ORU_API oruResult oruThreadDetach(oruThread thread) {
 }
 
 ORU_API void oruThreadExit(unsigned status) {
-  // The end_key destructor ends the record with this status.
+  // The end_key destructor finishes the record with this status.
   ThreadData* record = t_self;
   if (record != nullptr) record->exit_pending = status;
   pthread_exit(nullptr);

@@ -29,4 +29,24 @@ bool ThreadTable::remove(ThreadData* record) {
   return false;
 }
 
+ThreadData* ThreadTable::remove_all_except(ThreadData* keep) {
+  ThreadData* removed = nullptr;
+  for (ThreadData*& head : buckets_) {
+    ThreadData* record = head;
+    head = nullptr;
+    while (record != nullptr) {
+      ThreadData* following = record->next;
+      if (record == keep) {
+        record->next = head;
+        head = record;
+      } else {
+        record->next = removed;
+        removed = record;
+      }
+      record = following;
+    }
+  }
+  return removed;
+}
+
 }  // namespace oru::thread

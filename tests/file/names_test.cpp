@@ -133,7 +133,7 @@ TEST_F(Names, MoveRemoveAndDirectories) {
 
   EXPECT_EQ(oruRemoveFile(path("d").c_str()), ORU_E_IS_DIRECTORY);
   EXPECT_EQ(oruRemoveFile(path("none").c_str()), ORU_E_NOT_FOUND);
-  EXPECT_EQ(oruRemoveDirectory(path("d").c_str()), _oru_map_posix_error(ENOTEMPTY));
+  EXPECT_EQ(oruRemoveDirectory(path("d").c_str()), ORU_E_DIR_NOT_EMPTY);
   ASSERT_EQ(oruRemoveFile(path("d/c").c_str()), ORU_OK);
   ASSERT_EQ(oruRemoveDirectory(path("d").c_str()), ORU_OK);
   EXPECT_EQ(oruRemoveDirectory(path("d").c_str()), ORU_E_NOT_FOUND);

@@ -105,7 +105,7 @@ TEST(SystemInfo, AccountDomainRules) {
   EXPECT_EQ(oru::sysinfo::account_domain("a@thr", false, "", nullptr, small, sizeof small), ORU_OK);
 }
 
-// The effective user's entry as getent(1) finds it in the local file.
+// Whether the local account file lists the effective user under `name`.
 bool listed_in_passwd_file(const std::string& name) {
   FILE* file = std::fopen("/etc/passwd", "r");
   if (file == nullptr) return false;

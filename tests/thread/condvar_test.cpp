@@ -2,11 +2,14 @@
 
 #include <gtest/gtest.h>
 
+#include <pthread.h>
 #include <atomic>
+#include <cstdio>
 #include <memory>
 #include <thread>
 #include <vector>
 
+#include "fresh_process.h"
 #include "thread_test_support.h"
 
 namespace {
@@ -102,6 +105,24 @@ TEST_F(CondVarTest, PastDeadlineTimesOutAtOnceWithoutTheMutex) {
   // A null mutex slot is skipped on the way in, too.
   oruMutex empty = nullptr;
   EXPECT_EQ(oruCondVarTimedWait(&cond_, &empty, &past), ORU_E_TIMEDOUT);
+}
+
+// Less than a millisecond left counts as passed: the wait never begins and
+// the mutex is not taken again.  Unlocking tells the two timeout paths
+// apart, and unlock-then-lock leaves the mutex held on both.
+TEST_F(CondVarTest, UnlockThenLockHoldsTheMutexAfterEitherTimeout) {
+  for (int32_t microseconds : {500, 200000}) {
+    ASSERT_EQ(oruMutexLock(&mutex_), ORU_OK);
+    oruTimeVal now{};
+    oruGetCurrentTime(&now);
+    oruTimeVal span{0, microseconds};
+    oruTimeVal deadline = oruTimeValAdd(&now, &span);
+    ASSERT_EQ(oruCondVarTimedWait(&cond_, &mutex_, &deadline), ORU_E_TIMEDOUT);
+    EXPECT_EQ(oruMutexUnlock(&mutex_), microseconds < 1000 ? ORU_E_ACCESS_DENIED : ORU_OK);
+    ASSERT_EQ(oruMutexLock(&mutex_), ORU_OK);
+    EXPECT_EQ(oru_test::try_lock_elsewhere(&mutex_), ORU_E_BUSY);
+    ASSERT_EQ(oruMutexUnlock(&mutex_), ORU_OK);
+  }
 }
 
 TEST_F(CondVarTest, SignalWithNobodyWaitingIsNotRemembered) {
@@ -247,5 +268,72 @@ TEST_F(CondVarTest, ProducersAndConsumersLoseNoWakeUps) {
   EXPECT_EQ(queued, 0);
   EXPECT_EQ(oruCondVarDestroy(&not_full), ORU_OK);
 }
+
+// --- pthread_cancel of a waiter ---------------------------------------------
+
+struct CancelCase {
+  bool timed;
+  oruMutex mutex = nullptr;
+  oruCondVar cond = nullptr;
+  std::atomic<bool> announced{false};
+};
+
+void unlock_on_cancel(void* mutex) { oruMutexUnlock(static_cast<oruMutex*>(mutex)); }
+
+void* wait_until_cancelled(void* arg) {
+  auto* c = static_cast<CancelCase*>(arg);
+  // As with pthread_cond_wait, the mutex is held again when a cancelled
+  // wait runs the caller's cleanup handlers.
+  pthread_cleanup_push(unlock_on_cancel, &c->mutex);
+  oruMutexLock(&c->mutex);
+  c->announced = true;
+  oruTimeVal deadline = from_now(600000);
+  for (;;) {
+    if (c->timed) {
+      oruCondVarTimedWait(&c->cond, &c->mutex, &deadline);
+    } else {
+      oruCondVarWait(&c->cond, &c->mutex);
+    }
+  }
+  pthread_cleanup_pop(1);
+  return nullptr;
+}
+
+// A cancelled waiter must leave the variable as if it had never waited.
+bool cancelled_waiter_leaves_no_trace(bool timed) {
+  CancelCase c;
+  c.timed = timed;
+  if (oruMutexInit(&c.mutex) != ORU_OK || oruCondVarInit(&c.cond) != ORU_OK) return false;
+  pthread_t waiter;
+  if (pthread_create(&waiter, nullptr, wait_until_cancelled, &c) != 0) return false;
+  // Announced under the mutex, which it gives up only inside the wait.
+  if (!eventually([&] { return c.announced.load(); }) || oruMutexLock(&c.mutex) != ORU_OK ||
+      oruMutexUnlock(&c.mutex) != ORU_OK) {
+    return false;
+  }
+  void* result = nullptr;
+  if (pthread_cancel(waiter) != 0 || pthread_join(waiter, &result) != 0 ||
+      result != PTHREAD_CANCELED) {
+    return false;
+  }
+  oruResult signalled = oruCondVarSignal(&c.cond);
+  oruResult broadcast = oruCondVarBroadcast(&c.cond);
+  oruResult tried = oruMutexTryLock(&c.mutex);
+  oruResult unlocked = oruMutexUnlock(&c.mutex);
+  oruResult destroyed = oruCondVarDestroy(&c.cond);
+  std::fprintf(stderr, "signal %x broadcast %x trylock %x unlock %x destroy %x\n", signalled,
+               broadcast, tried, unlocked, destroyed);
+  return signalled == ORU_OK && broadcast == ORU_OK && tried == ORU_OK && unlocked == ORU_OK &&
+         destroyed == ORU_OK && oruMutexDestroy(&c.mutex) == ORU_OK;
+}
+
+class CondVarCancel : public ::testing::TestWithParam<bool> {};
+
+TEST_P(CondVarCancel, ACancelledWaiterLeavesTheVariableUsable) {
+  bool timed = GetParam();
+  oru_test::expect_in_fresh_process([timed] { return cancelled_waiter_leaves_no_trace(timed); });
+}
+
+INSTANTIATE_TEST_SUITE_P(WaitOrTimedWait, CondVarCancel, ::testing::Bool());
 
 }  // namespace

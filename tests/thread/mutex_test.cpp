@@ -63,6 +63,24 @@ TEST(Mutex, UnlockByANonOwnerIsRefused) {
   EXPECT_EQ(oruMutexDestroy(&mutex), ORU_OK);
 }
 
+// Ownership is a thread's, not its stack's: a later thread that gets the
+// exited owner's cached stack (and so its thread-local block) is a stranger.
+TEST(Mutex, AnOwnerThatExitedIsNotSucceededByALaterThread) {
+  oruMutex mutex = nullptr;
+  ASSERT_EQ(oruMutexInit(&mutex), ORU_OK);
+  std::thread([&] { EXPECT_EQ(oruMutexLock(&mutex), ORU_OK); }).join();
+  oruResult unlocked = ORU_OK, tried = ORU_OK;
+  std::thread([&] {
+    unlocked = oruMutexUnlock(&mutex);
+    tried = oruMutexTryLock(&mutex);
+  }).join();
+  EXPECT_EQ(unlocked, ORU_E_ACCESS_DENIED);
+  EXPECT_EQ(tried, ORU_E_BUSY);
+  EXPECT_EQ(oruMutexTryLock(&mutex), ORU_E_BUSY);
+  EXPECT_EQ(oruMutexUnlock(&mutex), ORU_E_ACCESS_DENIED);
+  EXPECT_EQ(oruMutexDestroy(&mutex), ORU_OK);
+}
+
 TEST(Mutex, SerialisesUpdates) {
   oruMutex mutex = nullptr;
   ASSERT_EQ(oruMutexInit(&mutex), ORU_OK);

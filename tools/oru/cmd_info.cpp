@@ -2,6 +2,7 @@
 // library exposes, one "name: value" line each.  Areas of the library add
 // their facts as rows of kFacts.
 #include <oru/core.h>
+#include <oru/l10n.h>
 #include <oru/system.h>
 #include <oru/text.h>
 #include <oru/time.h>
@@ -126,6 +127,14 @@ oruResult program_path(std::string& out) {
   return ORU_OK;
 }
 
+template <uint32_t id>
+oruResult locale_param(std::string& out) {
+  char buf[256];
+  const oruResult r = oruGetLocaleParam(id, 0, buf, sizeof buf);
+  if (ORU_SUCCEEDED(r)) out = buf;
+  return r;
+}
+
 template <oruResult (*query)(int*)>
 oruResult yes_no(std::string& out) {
   int answer = 0;
@@ -148,6 +157,11 @@ constexpr fact kFacts[] = {
     {"program path", program_path},
     {"remote session", yes_no<oruIsWTSRemoteSession>},
     {"terminal server", yes_no<oruIsWindowsTerminalServer>},
+    {"language", locale_param<ORU_LP_LANGUAGE>},
+    {"territory", locale_param<ORU_LP_TERRITORY>},
+    {"system charset", locale_param<ORU_LP_SYSTEM_CHARSET>},
+    {"console charset", locale_param<ORU_LP_CONSOLE_CHARSET>},
+    {"application charset", locale_param<ORU_LP_APP_CHARSET>},
 };
 
 int run(int argc, char** argv) {
