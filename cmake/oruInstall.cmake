@@ -44,3 +44,9 @@ if(TARGET oru_tool)
   set_target_properties(oru_tool PROPERTIES INSTALL_RPATH "$ORIGIN/${ORU_BIN_TO_LIB}")
   install(TARGETS oru_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR})
 endif()
+
+# The Java bindings' jar goes to share/java, next to the system's jars.
+if(TARGET oru_java)
+  include(UseJava)
+  install_jar(oru_java DESTINATION ${CMAKE_INSTALL_DATADIR}/java)
+endif()

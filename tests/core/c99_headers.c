@@ -6,6 +6,7 @@
 #include "oru/hash.h"
 #include "oru/l10n.h"
 #include "oru/oru.h"
+#include "oru/module.h"
 #include "oru/system.h"
 #include "oru/text.h"
 #include "oru/thread.h"
