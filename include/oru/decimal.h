@@ -402,7 +402,7 @@ ORU_API oruDec128* oruDec128ParseString(oruDec128* res, const oruDecNumberFormat
  * Writing decimal numbers as text.
  *
  * ToString writes the to-scientific-string form of the General Decimal
- * Arithmetic specification ("1.50", "1.5E+3", "-0E-2", "Infinity", "-NaN",
+ * Arithmetic rules ("1.50", "1.5E+3", "-0E-2", "Infinity", "-NaN",
  * "NaN123", "sNaN") with its terminating NUL into buf, which holds size
  * bytes.  Returns ORU_OK, ORU_E_INVALID_ARG for a null buf, or
  * ORU_E_BUFFER_TOO_SMALL (buf then holds "" when size > 0) when size is below
@@ -489,7 +489,7 @@ ORU_API float oruDec128ToFloat(const oruDec128* x);
 /*
  * Formatting under a number-format record (null: general style, all
  * digits, point ".", no grouping).  Fixed, scientific and general styles
- * lay out digits as Python's format(Decimal(x), spec) does for the specs
+ * lay out digits as Python's format(Decimal(x), code) does for the format codes
  * ".Nf", ".NE" and ".NG" (digits < 0: no precision; groupSeparator ","
  * with groupSize 3: the "," option; showPlus: the "+" option), rounding by
  * the record's direction instead of the context's; engineering shows

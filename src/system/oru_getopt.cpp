@@ -57,15 +57,15 @@ ORU_API int getopt(int argc, char* const argv[], const char* optstring) noexcept
   // caller's argv outlives the argument.
   const bool atEnd = *oruOptPlace == '\0';
   if (atEnd) oruOptPlace = kEmpty;
-  const char* spec = optopt == ':' ? nullptr : std::strchr(optstring, optopt);
-  if (spec == nullptr) {
+  const char* letter = optopt == ':' ? nullptr : std::strchr(optstring, optopt);
+  if (letter == nullptr) {
     // A lone "-" that is not an option ends the scan and stays in place.
     if (optopt == '-') return -1;
     if (atEnd) ++optind;
     if (opterr != 0 && optstring[0] != ':') complain("%s: illegal option -- %c\n", optopt);
     return '?';
   }
-  if (spec[1] != ':') {
+  if (letter[1] != ':') {
     optarg = nullptr;
     if (atEnd) ++optind;
     return optopt;

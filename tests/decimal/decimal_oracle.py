@@ -7,7 +7,7 @@ Input lines: "WIDTH OP ARG"; output: the result text and the raised flags
   fromdouble  ARG is the bits of a double in hex, rounded into the width
   todouble    ARG is decimal text; the bits of the nearest double, in hex
   tofloat     ARG is decimal text; the bits of the nearest float, in hex
-  fmt     ARG is "SPEC MODE TEXT": format(Decimal(TEXT), SPEC) with MODE one
+  fmt     ARG is "CODE MODE TEXT": format(Decimal(TEXT), CODE) with MODE one
           of the library's rounding directions (0 half-even .. 4 down)
 """
 import decimal
@@ -71,10 +71,10 @@ def main():
             r = decimal.Decimal(arg).to_integral_value(rounding=decimal.ROUND_HALF_EVEN)
             print(format(r, "f"), "-")
         elif op == "fmt":
-            spec, mode, text = arg.split()
+            code, mode, text = arg.split()
             ctx.rounding = MODES[int(mode)]
             decimal.setcontext(ctx)
-            print(format(decimal.Decimal(text), spec))
+            print(format(decimal.Decimal(text), code))
         elif op == "fromdouble":
             r = ctx.create_decimal_from_float(
                 struct.unpack("<d", struct.pack("<Q", int(arg, 16)))[0])

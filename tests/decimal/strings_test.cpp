@@ -529,7 +529,7 @@ TEST(DecFormat, AgainstPythonFormat) {
     oruDecNumberFormat f = {kStyles[rng() % 3],   (int32_t)(rng() % 24) - 2, '.', 0, 3,
                             (int32_t)(rng() % 5), (uint32_t)(rng() % 4 == 0)};
     if (rng() % 3 == 0) f.groupSeparator = ',';
-    std::string spec = std::string(f.showPlus ? "+" : "") + (f.groupSeparator ? "," : "") +
+    std::string code = std::string(f.showPlus ? "+" : "") + (f.groupSeparator ? "," : "") +
                        (f.digits >= 0 ? "." + std::to_string(f.digits) : "") +
                        kLetter[f.style == ORU_DEC_STYLE_FIXED ? 0
                                : f.style == 1                 ? 1
@@ -551,7 +551,7 @@ TEST(DecFormat, AgainstPythonFormat) {
       EXPECT_EQ(oruDec128FormatString(&x, &f, b, sizeof b, nullptr), ORU_OK);
       got = b;
     }
-    req.push_back(std::to_string(width) + " fmt " + spec + " " + std::to_string(f.rounding) + " " +
+    req.push_back(std::to_string(width) + " fmt " + code + " " + std::to_string(f.rounding) + " " +
                   text);
     mine.push_back(got);
   }
