@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/decimal.h - IEEE 754-2008 decimal floating point (BID encoding).
  *
  * Three interchange widths in the binary integer decimal encoding, where the
@@ -35,13 +36,16 @@
 extern "C" {
 #endif
 
+/** A decimal32 in the BID encoding. */
 typedef uint32_t oruDec32;
+/** A decimal64 in the BID encoding. */
 typedef uint64_t oruDec64;
+/** A decimal128 in the BID encoding, as two 64-bit words. */
 typedef struct oruDec128 {
-  uint64_t w[2]; /* w[0] the low word, w[1] the high word (sign, exponent) */
+  uint64_t w[2]; /**< w[0] the low word, w[1] the high word (sign, exponent) */
 } oruDec128;
 
-/* Classes returned by oruDec64Class and oruDec128Class. */
+/** Classes returned by oruDec64Class and oruDec128Class. */
 typedef enum oruDecClass {
   ORU_DEC_SIGNALING_NAN = 0,
   ORU_DEC_QUIET_NAN = 1,
@@ -55,24 +59,29 @@ typedef enum oruDecClass {
   ORU_DEC_POSITIVE_INFINITY = 9
 } oruDecClass;
 
-/* Status flags (bits of the int the flag functions take and return). */
+/** @{ */
+/** Status flags (bits of the int the flag functions take and return). */
 #define ORU_DEC_INVALID 1
 #define ORU_DEC_DIVIDE_BY_ZERO 2
 #define ORU_DEC_OVERFLOW 4
 #define ORU_DEC_UNDERFLOW 8
 #define ORU_DEC_INEXACT 16
+/** @} */
 
-/* Rounding directions for the mode arguments of Round, RoundExact and
+/** @{ */
+/** Rounding directions for the mode arguments of Round, RoundExact and
  * Quantize.  RoundExact and Quantize round half-even for every one of
  * these values; the directions are honoured by Round (and the five named
  * rounding functions). */
 #define ORU_DEC_ROUND_HALF_EVEN 0
-#define ORU_DEC_ROUND_HALF_UP 1 /* to nearest, ties away from zero */
+#define ORU_DEC_ROUND_HALF_UP 1 /**< to nearest, ties away from zero */
 #define ORU_DEC_ROUND_CEILING 2
 #define ORU_DEC_ROUND_FLOOR 3
 #define ORU_DEC_ROUND_DOWN 4
+/** @} */
 
-/*
+/** @{ */
+/**
  * Constants: smallest positive normal (MIN, 1 x 10^emin), largest finite
  * (MAX), 10^(1-p) (EPSILON), +infinity, +quiet NaN and +signalling NaN with
  * payload 0, smallest positive subnormal (SUBNORMAL_MIN, 1 x 10^qmin).
@@ -99,6 +108,7 @@ ORU_API extern const oruDec128 oruDEC128_INFINITY;
 ORU_API extern const oruDec128 oruDEC128_QUIET_NAN;
 ORU_API extern const oruDec128 oruDEC128_SIGNALING_NAN;
 ORU_API extern const oruDec128 oruDEC128_SUBNORMAL_MIN;
+/** @} */
 
 /*
  * Status flags of the calling thread.  Each thread has its own, all clear
@@ -106,23 +116,24 @@ ORU_API extern const oruDec128 oruDEC128_SUBNORMAL_MIN;
  * are ORU_DEC_* flag bits; bits above ORU_DEC_INEXACT are ignored.
  */
 
-/* Raises the given flags. */
+/** Raises the given flags. */
 ORU_API void oruDecRaiseFlags(int flags);
-/* Clears the given flags. */
+/** Clears the given flags. */
 ORU_API void oruDecLowerFlags(int flags);
-/* Returns those flags of mask that are raised (0 when none). */
+/** Returns those flags of mask that are raised (0 when none). */
 ORU_API int oruDecTestFlags(int mask);
-/* Returns all raised flags; changes nothing. */
+/** Returns all raised flags; changes nothing. */
 ORU_API int oruDecSaveFlags(void);
-/* For every flag in mask, sets it to the state of that bit in flags;
+/** For every flag in mask, sets it to the state of that bit in flags;
  * flags outside mask are left alone. */
 ORU_API void oruDecRestoreFlags(int flags, int mask);
-/* Returns all raised flags, then clears those in mask. */
+/** Returns all raised flags, then clears those in mask. */
 ORU_API int _oruDecSaveAndLowerFlags(int mask);
-/* Returns all raised flags, then does oruDecRestoreFlags(flags, mask). */
+/** Returns all raised flags, then does oruDecRestoreFlags(flags, mask). */
 ORU_API int _oruDecGetAndRestoreFlags(int flags, int mask);
 
-/*
+/** @{ */
+/**
  * Classification (no flags).  Class gives an oruDecClass value; the
  * predicates return 1 or 0.  IsCanonical: the encoding is canonical.
  * IsFinite: zero, subnormal or normal.  IsNormal: non-zero with adjusted
@@ -148,8 +159,10 @@ ORU_API int oruDec128IsNormal(const oruDec128* x);
 ORU_API int oruDec128IsSignMinus(const oruDec128* x);
 ORU_API int oruDec128IsSubnormal(const oruDec128* x);
 ORU_API int oruDec128IsZero(const oruDec128* x);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Sign bit operations (exact, no flags, NaNs included, the rest of the
  * encoding untouched): Negate flips the sign, Abs clears it, CopySign gives
  * x with the sign of y.
@@ -160,8 +173,10 @@ ORU_API oruDec64 oruDec64CopySign(oruDec64 x, oruDec64 y);
 ORU_API oruDec128* oruDec128Negate(oruDec128* res, const oruDec128* x);
 ORU_API oruDec128* oruDec128Abs(oruDec128* res, const oruDec128* x);
 ORU_API oruDec128* oruDec128CopySign(oruDec128* res, const oruDec128* x, const oruDec128* y);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Arithmetic.  Each computes the exact result and rounds it once, half-even
  * unless a mode is taken, to 16 or 34 digits and the exponent range.  A
  * signalling NaN operand raises invalid and comes back quieted (the first in
@@ -246,8 +261,10 @@ ORU_API oruDec128* oruDec128NextAfter(oruDec128* res, const oruDec128* x, const 
 ORU_API void oruDec128Increment(oruDec128* x);
 ORU_API void oruDec128Decrement(oruDec128* x);
 ORU_API int oruDec128SameQuantum(const oruDec128* x, const oruDec128* y);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Comparisons; predicates return 1 or 0.  Numeric comparison: 1E1 equals
  * 10E0 and +0 equals -0.  The Quiet predicates raise invalid only for a
  * signalling NaN operand, the Signaling ones for any NaN operand; with a
@@ -301,8 +318,9 @@ ORU_API oruDec128* oruDec128MinNum(oruDec128* res, const oruDec128* x, const oru
 ORU_API oruDec128* oruDec128MaxNum(oruDec128* res, const oruDec128* x, const oruDec128* y);
 ORU_API oruDec128* oruDec128MinNumMag(oruDec128* res, const oruDec128* x, const oruDec128* y);
 ORU_API oruDec128* oruDec128MaxNumMag(oruDec128* res, const oruDec128* x, const oruDec128* y);
+/** @} */
 
-/*
+/**
  * Reading decimal numbers from text.
  *
  * oruDecParser is an incremental parser, fed one character at a time and
@@ -318,25 +336,27 @@ ORU_API oruDec128* oruDec128MaxNumMag(oruDec128* res, const oruDec128* x, const 
  * decided by the parity of the eighth stored digit.
  */
 typedef struct oruDecParser {
-  uint32_t decimalPoint;   /* the decimal-point character */
-  uint32_t groupSeparator; /* the digit-grouping character, 0 for none */
-  uint8_t state;           /* 0 .. 10; 10 is the error / finished state */
-  uint8_t precision;       /* 7, 16 or 34 */
-  uint8_t count;           /* coefficient digits stored, or letters matched */
-  uint8_t flags;           /* rounding information, sign, seen-markers */
-  int32_t scale;           /* stored digits after the point less dropped integer digits */
-  int32_t exponent;        /* explicit exponent magnitude; 0x7FFFFFFF for infinity */
-  uint32_t digits[5];      /* coefficient digits, eight to a word, most significant first */
+  uint32_t decimalPoint;   /**< the decimal-point character */
+  uint32_t groupSeparator; /**< the digit-grouping character, 0 for none */
+  uint8_t state;           /**< 0 .. 10; 10 is the error / finished state */
+  uint8_t precision;       /**< 7, 16 or 34 */
+  uint8_t count;           /**< coefficient digits stored, or letters matched */
+  uint8_t flags;           /**< rounding information, sign, seen-markers */
+  int32_t scale;           /**< stored digits after the point less dropped integer digits */
+  int32_t exponent;        /**< explicit exponent magnitude; 0x7FFFFFFF for infinity */
+  uint32_t digits[5];      /**< coefficient digits, eight to a word, most significant first */
 } oruDecParser;
 
-/* Results of oruDecParseNextChar: bit 0 says that the text read so far is a
+/** @{ */
+/** Results of oruDecParseNextChar: bit 0 says that the text read so far is a
  * number, bit 1 that the caller is to stop feeding. */
-#define ORU_DEC_PARSE_MORE 0  /* accepted; not (yet) a number */
-#define ORU_DEC_PARSE_VALID 1 /* accepted; the text so far is a number */
-#define ORU_DEC_PARSE_ERROR 2 /* rejected; everything after is rejected too */
-#define ORU_DEC_PARSE_END 3   /* accepted; the number is complete */
+#define ORU_DEC_PARSE_MORE 0  /**< accepted; not (yet) a number */
+#define ORU_DEC_PARSE_VALID 1 /**< accepted; the text so far is a number */
+#define ORU_DEC_PARSE_ERROR 2 /**< rejected; everything after is rejected too */
+#define ORU_DEC_PARSE_END 3   /**< accepted; the number is complete */
+/** @} */
 
-/*
+/**
  * The number-format record shared by the parser (which reads only the
  * decimalPoint and groupSeparator fields, low byte for narrow text) and the
  * formatting functions.
@@ -352,41 +372,44 @@ typedef struct oruDecParser {
  *   showPlus    non-zero: a "+" before non-negative numbers.
  */
 typedef struct oruDecNumberFormat {
-  uint32_t style;
-  int32_t digits;
-  uint32_t decimalPoint;
-  uint32_t groupSeparator;
-  uint32_t groupSize;
-  int32_t rounding;
-  uint32_t showPlus;
+  uint32_t style;          /**< ORU_DEC_STYLE_* */
+  int32_t digits;          /**< digits after the point or significant digits */
+  uint32_t decimalPoint;   /**< the decimal point character */
+  uint32_t groupSeparator; /**< the group separator character, 0 for none */
+  uint32_t groupSize;      /**< integer digits per group (0: 3) */
+  int32_t rounding;        /**< ORU_DEC_ROUND_* used when digits are dropped */
+  uint32_t showPlus;       /**< non-zero: a "+" before non-negative numbers */
 } oruDecNumberFormat;
 
-#define ORU_DEC_STYLE_FIXED 0       /* ddd.ddd, like format(x, ".Nf") */
-#define ORU_DEC_STYLE_SCIENTIFIC 1  /* d.dddE+n, like format(x, ".NE") */
-#define ORU_DEC_STYLE_ENGINEERING 2 /* exponent a multiple of three */
-#define ORU_DEC_STYLE_GENERAL 3     /* fixed or scientific by exponent, like ".NG" */
+#define ORU_DEC_STYLE_FIXED 0       /**< ddd.ddd, like format(x, ".Nf") */
+#define ORU_DEC_STYLE_SCIENTIFIC 1  /**< d.dddE+n, like format(x, ".NE") */
+#define ORU_DEC_STYLE_ENGINEERING 2 /**< exponent a multiple of three */
+#define ORU_DEC_STYLE_GENERAL 3     /**< fixed or scientific by exponent, like ".NG" */
 
-/* Initialises parser for precision 7, 16 or 34 with the given decimal point
+/** Initialises parser for precision 7, 16 or 34 with the given decimal point
  * (non-zero) and group separator (0 for none); bit 0 of skipSpace lets
  * leading white space be skipped.  Returns 0, or -1 (parser in the error
  * state) for a zero decimal point or another precision. */
 ORU_API int oruDecParseInit(oruDecParser* parser, uint32_t precision, char decimalPoint,
                             char groupSeparator, int skipSpace);
-/* The same with 16-bit characters. */
+/** The same with 16-bit characters. */
 ORU_API int oruDecParseInitW(oruDecParser* parser, uint32_t precision, uint16_t decimalPoint,
                              uint16_t groupSeparator, int skipSpace);
-/* Feeds one narrow character (taken as unsigned); returns ORU_DEC_PARSE_*. */
+/** Feeds one narrow character (taken as unsigned); returns ORU_DEC_PARSE_*. */
 ORU_API int oruDecParseNextChar(oruDecParser* parser, char c);
-/* Feeds one 16-bit character; returns ORU_DEC_PARSE_*. */
+/** Feeds one 16-bit character; returns ORU_DEC_PARSE_*. */
 ORU_API int oruDecParseNextWChar(oruDecParser* parser, uint16_t wc);
-/* The value read so far, rounded half-even to the width, with the flags of
+/** @{ */
+/** The value read so far, rounded half-even to the width, with the flags of
  * the rounding.  A parser of another precision gives the positive quiet NaN;
  * text with no digit gives +infinity after "inf", else the quiet NaN; the
  * sign applies to every value. */
 ORU_API oruDec32 oruDec32ParseGetValue(const oruDecParser* parser);
 ORU_API oruDec64 oruDec64ParseGetValue(const oruDecParser* parser);
 ORU_API oruDec128* oruDec128ParseGetValue(oruDec128* res, const oruDecParser* parser);
-/* Reads the longest number at the start of the NUL-terminated str (leading
+/** @} */
+/** @{ */
+/** Reads the longest number at the start of the NUL-terminated str (leading
  * white space skipped).  format may be null (point ".", no grouping).
  * *end (when end is not null) receives str plus the length read; text that
  * is not a number gives +0 and *end == str; a format with decimal point 0
@@ -397,8 +420,10 @@ ORU_API oruDec64 oruDec64ParseString(const oruDecNumberFormat* format, const cha
                                      const char** end);
 ORU_API oruDec128* oruDec128ParseString(oruDec128* res, const oruDecNumberFormat* format,
                                         const char* str, const char** end);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Writing decimal numbers as text.
  *
  * ToString writes the to-scientific-string form of the General Decimal
@@ -417,8 +442,10 @@ ORU_API oruDec128* oruDec128ParseString(oruDec128* res, const oruDecNumberFormat
 ORU_API oruResult oruDec32ToString(oruDec32 x, char* buf, size_t size, size_t* length);
 ORU_API oruResult oruDec64ToString(oruDec64 x, char* buf, size_t size, size_t* length);
 ORU_API oruResult oruDec128ToString(const oruDec128* x, char* buf, size_t size, size_t* length);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Conversions.  Flags as in arithmetic: widening is exact; narrowing rounds
  * half-even with overflow, underflow and inexact.  NaN payloads are kept
  * when they fit the target, else become 0; a signalling NaN is quieted and
@@ -430,8 +457,10 @@ ORU_API oruDec128* oruDec64ToDec128(oruDec128* res, oruDec64 x);
 ORU_API oruDec32 oruDec64ToDec32(oruDec64 x);
 ORU_API oruDec32 oruDec128ToDec32(const oruDec128* x);
 ORU_API oruDec64 oruDec128ToDec64(const oruDec128* x);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Integers.  From: exact with exponent 0 when the integer fits the
  * precision, else rounded half-even with inexact.  To: rounded to the
  * nearest integer, ties to even, without inexact; a NaN, an infinity or a
@@ -463,8 +492,10 @@ ORU_API int32_t oruDec128ToInt32(const oruDec128* x);
 ORU_API uint32_t oruDec128ToUInt32(const oruDec128* x);
 ORU_API int64_t oruDec128ToInt64(const oruDec128* x);
 ORU_API uint64_t oruDec128ToUInt64(const oruDec128* x);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Binary floating point.  Both directions are correctly rounded, ties to
  * even, from the exact value: a double or float to a decimal with inexact,
  * underflow (and, for decimal32, overflow) as for any rounded result; a
@@ -485,8 +516,10 @@ ORU_API double oruDec128ToDouble(const oruDec128* x);
 ORU_API float oruDec32ToFloat(oruDec32 x);
 ORU_API float oruDec64ToFloat(oruDec64 x);
 ORU_API float oruDec128ToFloat(const oruDec128* x);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Formatting under a number-format record (null: general style, all
  * digits, point ".", no grouping).  Fixed, scientific and general styles
  * lay out digits as Python's format(Decimal(x), code) does for the format codes
@@ -511,6 +544,7 @@ ORU_API oruResult oruDec64FormatWString(oruDec64 x, const oruDecNumberFormat* fo
                                         size_t size, size_t* length);
 ORU_API oruResult oruDec128FormatWString(const oruDec128* x, const oruDecNumberFormat* format,
                                          uint16_t* buf, size_t size, size_t* length);
+/** @} */
 
 #ifdef __cplusplus
 }

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/file.h - files, directories and paths.
  *
  * Paths are narrow strings in the system code page.  Every function returns
@@ -37,30 +38,36 @@ extern "C" {
  * Files.
  */
 
-/* An open file: the system's handle.  On POSIX systems it is the file
+/** An open file: the system's handle.  On POSIX systems it is the file
  * descriptor number converted to a pointer, so (oruFile)(intptr_t)fd wraps a
  * descriptor the caller already has (a pipe end, say).  Owned by the library
  * until oruClose. */
 typedef void* oruFile;
 
-/* Open flags: one or both access bits, then how to treat an existing file. */
+/** @{ */
+/** Open flags: one or both access bits, then how to treat an existing file. */
 #define ORU_OPEN_READ 1
 #define ORU_OPEN_WRITE 2
-#define ORU_OPEN_CREATE 16 /* create the file if it does not exist */
-#define ORU_OPEN_EXCL 32   /* with ORU_OPEN_CREATE: fail if it exists */
-#define ORU_OPEN_TRUNC 64  /* truncate an existing file */
+#define ORU_OPEN_CREATE 16 /**< create the file if it does not exist */
+#define ORU_OPEN_EXCL 32   /**< with ORU_OPEN_CREATE: fail if it exists */
+#define ORU_OPEN_TRUNC 64  /**< truncate an existing file */
+/** @} */
 
-/* Seek origins; any other value is invalid. */
+/** @{ */
+/** Seek origins; any other value is invalid. */
 #define ORU_SEEK_SET 1
 #define ORU_SEEK_CUR 2
 #define ORU_SEEK_END 3
+/** @} */
 
-/* Lock flags. */
-#define ORU_LOCK_ALL 1       /* the whole file: offset and length are ignored */
-#define ORU_LOCK_EXCLUSIVE 2 /* exclusive rather than shared */
-#define ORU_LOCK_NONBLOCK 4  /* fail at once with ORU_E_AGAIN instead of waiting */
+/** @{ */
+/** Lock flags. */
+#define ORU_LOCK_ALL 1       /**< the whole file: offset and length are ignored */
+#define ORU_LOCK_EXCLUSIVE 2 /**< exclusive rather than shared */
+#define ORU_LOCK_NONBLOCK 4  /**< fail at once with ORU_E_AGAIN instead of waiting */
+/** @} */
 
-/* Opens or creates a file.  flags & 3 selects the access (0 gives
+/** Opens or creates a file.  flags & 3 selects the access (0 gives
  * ORU_E_INVALID_ARG).  With ORU_OPEN_CREATE and ORU_OPEN_EXCL the file must
  * not exist (ORU_E_EXISTS); otherwise ORU_OPEN_CREATE creates a missing file
  * and ORU_OPEN_TRUNC empties an existing one (ORU_OPEN_TRUNC without
@@ -72,11 +79,11 @@ typedef void* oruFile;
  * starts. */
 ORU_API oruResult oruOpenFile(const char* path, int flags, oruFile* file);
 
-/* Closes a handle.  The system's failure is translated (ORU_E_HANDLE for a
+/** Closes a handle.  The system's failure is translated (ORU_E_HANDLE for a
  * handle that is not open). */
 ORU_API oruResult oruClose(oruFile file);
 
-/* Reads up to count bytes at the file position into buffer and stores the
+/** Reads up to count bytes at the file position into buffer and stores the
  * number read in *bytesRead (required): 0 at the end of the file, and also
  * when the other end of a pipe has been closed.  Reads from a regular file
  * return fewer bytes than asked for only at its end; a pipe or terminal gives
@@ -85,20 +92,21 @@ ORU_API oruResult oruClose(oruFile file);
  * non-zero count.  On failure *bytesRead is not written. */
 ORU_API oruResult oruRead(oruFile file, void* buffer, size_t count, size_t* bytesRead);
 
-/* Writes count bytes at the file position: all of them, or the call fails.
+/** Writes count bytes at the file position: all of them, or the call fails.
  * The number written is stored in *bytesWritten when it is not null.  Count
  * and null-buffer rules as oruRead.  (On POSIX systems writing to a pipe
  * whose reader has gone raises SIGPIPE unless the process ignores it; then
  * the result is ORU_E_BROKEN_PIPE.) */
 ORU_API oruResult oruWrite(oruFile file, const void* buffer, size_t count, size_t* bytesWritten);
 
-/* Moves the file position by offset from origin (ORU_SEEK_SET, _CUR, _END;
+/** Moves the file position by offset from origin (ORU_SEEK_SET, _CUR, _END;
  * anything else gives ORU_E_INVALID_ARG) and stores the new position in
  * *position when it is not null.  A position before the start of the file
  * gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruSeek(oruFile file, int origin, int64_t offset, uint64_t* position);
 
-/* Reads or writes at the given offset, otherwise as oruRead and oruWrite
+/** @{ */
+/** Reads or writes at the given offset, otherwise as oruRead and oruWrite
  * (oruSeekAndRead requires bytesRead; on a pipe the offset is ignored).  The
  * file position afterwards is not specified across platforms: seek before
  * mixing positional and sequential calls.  An offset of 2^63 or more gives
@@ -107,8 +115,9 @@ ORU_API oruResult oruSeekAndRead(oruFile file, uint64_t offset, void* buffer, si
                                  size_t* bytesRead);
 ORU_API oruResult oruSeekAndWrite(oruFile file, uint64_t offset, const void* buffer, size_t count,
                                   size_t* bytesWritten);
+/** @} */
 
-/* Locks length bytes from offset (the whole file with ORU_LOCK_ALL), shared
+/** Locks length bytes from offset (the whole file with ORU_LOCK_ALL), shared
  * or with ORU_LOCK_EXCLUSIVE exclusive.  Locks belong to the handle: a second
  * handle of the same file, in this process or another, conflicts with them;
  * they are advisory (reading and writing are not prevented) and go away when
@@ -119,28 +128,31 @@ ORU_API oruResult oruSeekAndWrite(oruFile file, uint64_t offset, const void* buf
  * succeeds; a range reaching beyond 2^63 extends to the end of all possible
  * offsets.  Other failures are translated. */
 ORU_API oruResult oruLockFile(oruFile file, int flags, uint64_t offset, uint64_t length);
-/* Releases a lock taken with the same range rules; the exclusive and
+/** Releases a lock taken with the same range rules; the exclusive and
  * non-blocking bits are ignored. */
 ORU_API oruResult oruUnlockFile(oruFile file, int flags, uint64_t offset, uint64_t length);
 
-/* File information; mask groups. */
-#define ORU_FINFO_BASIC 15   /* type, size, atime and mtime, always together */
-#define ORU_FINFO_BLKSIZE 16 /* the allocation unit of the volume */
+/** @{ */
+/** File information; mask groups. */
+#define ORU_FINFO_BASIC 15   /**< type, size, atime and mtime, always together */
+#define ORU_FINFO_BLKSIZE 16 /**< the allocation unit of the volume */
 #define ORU_FINFO_RESERVED 32
+/** @} */
 
-#define ORU_FILETYPE_DIRECTORY 1
-#define ORU_FILETYPE_OTHER 3
+#define ORU_FILETYPE_DIRECTORY 1 /**< oruFileInfo::type of a directory */
+#define ORU_FILETYPE_OTHER 3     /**< oruFileInfo::type of anything else */
 
+/** What oruGetFileInfo reports about a file. */
 typedef struct oruFileInfo {
-  uint32_t mask;    /* in: the groups asked for; out: the groups filled */
-  uint32_t type;    /* ORU_FILETYPE_DIRECTORY or ORU_FILETYPE_OTHER */
-  uint64_t size;    /* bytes */
-  oruTimeVal atime; /* last access */
-  oruTimeVal mtime; /* last modification */
-  uint32_t blksize; /* allocation unit of the volume in bytes */
+  uint32_t mask;    /**< in: the groups asked for; out: the groups filled */
+  uint32_t type;    /**< ORU_FILETYPE_DIRECTORY or ORU_FILETYPE_OTHER */
+  uint64_t size;    /**< bytes */
+  oruTimeVal atime; /**< last access */
+  oruTimeVal mtime; /**< last modification */
+  uint32_t blksize; /**< allocation unit of the volume in bytes */
 } oruFileInfo;
 
-/* Fills the groups info->mask asks for.  A mask above 63 gives
+/** Fills the groups info->mask asks for.  A mask above 63 gives
  * ORU_E_INVALID_ARG; ORU_FINFO_RESERVED is accepted and never filled.  The
  * mask is reset first and each group's bits are set once it is filled; on a
  * failure the mask says what was filled before it.  Symbolic links are
@@ -148,55 +160,57 @@ typedef struct oruFileInfo {
  * it is absolute, and of the current directory's volume when it is not. */
 ORU_API oruResult oruGetFileInfo(const char* path, oruFileInfo* info);
 
-/* Sets the last access and modification times of a file or directory; a
+/** Sets the last access and modification times of a file or directory; a
  * null time is left as it is.  Times are kept to the microsecond where the
  * file system allows. */
 ORU_API oruResult oruSetFileTime(const char* path, const oruTimeVal* accessTime,
                                  const oruTimeVal* modificationTime);
 
-/* Sets both times of a file to now, creating it (empty) when flags contain
+/** Sets both times of a file to now, creating it (empty) when flags contain
  * ORU_OPEN_CREATE.  The file is opened for writing: a directory fails
  * (ORU_E_IS_DIRECTORY), as does a file the caller may not write. */
 ORU_API oruResult oruTouchFile(const char* path, int flags);
 
-/* Renames a file.  A directory gives ORU_E_IS_DIRECTORY; an existing target
+/** Renames a file.  A directory gives ORU_E_IS_DIRECTORY; an existing target
  * is never replaced (ORU_E_EXISTS), and the check and the rename are one
  * step.  A target on another volume gives ORU_E_CROSS_DEVICE. */
 ORU_API oruResult oruMoveFile(const char* oldPath, const char* newPath);
 
-/* Removes a file; a directory gives ORU_E_IS_DIRECTORY. */
+/** Removes a file; a directory gives ORU_E_IS_DIRECTORY. */
 ORU_API oruResult oruRemoveFile(const char* path);
 
-/* Creates a directory, or removes an empty one; failures translated.  A
+/** @{ */
+/** Creates a directory, or removes an empty one; failures translated.  A
  * directory that is not empty gives ORU_E_DIR_NOT_EMPTY on every platform. */
 ORU_API oruResult oruCreateDirectory(const char* path);
 ORU_API oruResult oruRemoveDirectory(const char* path);
+/** @} */
 
 /*
  * Paths.
  */
 
-/* 1 if the path begins with two equal separators, with an ASCII letter, a
+/** 1 if the path begins with two equal separators, with an ASCII letter, a
  * colon and a separator, or (POSIX systems) with '/'; else 0 (also for
  * null). */
 ORU_API int oruIsAbsolutePath(const char* path);
 
-/* base, then the platform separator unless base is empty or ends in a
+/** base, then the platform separator unless base is empty or ends in a
  * separator, then name (appended even when it is absolute itself). */
 ORU_API oruResult oruAppendToPath(const char* base, const char* name, char* out, size_t size);
 
-/* The text after the last separator ("" when the path ends in one), or the
+/** The text after the last separator ("" when the path ends in one), or the
  * whole path when it has none. */
 ORU_API oruResult oruGetBasename(const char* path, char* out, size_t size);
 
-/* The path without its last component and the separators before it: "."
- * for a bare name, "X:" for "X:name", a root keeps its separator ("C:\a"
- * gives "C:\", "\a" gives "\"), and a UNC prefix is kept whole
- * ("\\server\share\dir\file" gives "\\server\share\dir", "\\server\share"
- * itself). */
+/** The path without its last component and the separators before it: "."
+ * for a bare name, "X:" for "X:name", a root keeps its separator (<tt>C:\\a</tt>
+ * gives <tt>C:\\</tt>, <tt>\\a</tt> gives <tt>\\</tt>), and a UNC prefix is kept whole
+ * (`"\\server\share\dir\file"` gives `"\\server\share\dir"`,
+ * `"\\server\share"` itself). */
 ORU_API oruResult oruGetDirname(const char* path, char* out, size_t size);
 
-/* The absolute form of a path, lexically: a path that is not absolute is
+/** The absolute form of a path, lexically: a path that is not absolute is
  * joined to the current directory (so "C:x" and "\x" are taken as names
  * under it), then the text after the root is cleaned up left to right: runs
  * of separators become one (the first as written, no conversion); at the
@@ -207,15 +221,16 @@ ORU_API oruResult oruGetDirname(const char* path, char* out, size_t size);
  * ORU_E_INVALID_ARG; no memory: ORU_E_OUT_OF_MEMORY. */
 ORU_API oruResult oruGetAbsolutePath(const char* path, char* out, size_t size);
 
-/* The canonical path of an existing file or directory, with links resolved.
+/** The canonical path of an existing file or directory, with links resolved.
  * size of 2^32 or more gives ORU_E_INVALID_ARG; a missing path its
  * translated error. */
 ORU_API oruResult oruGetCanonicalPath(const char* path, char* out, size_t size);
 
-/* The current directory.  size of 2^32 or more gives ORU_E_INVALID_ARG. */
+/** The current directory.  size of 2^32 or more gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruGetCurrentDirectory(char* out, size_t size);
 
-/* Creates a new, empty temporary directory or file and writes its name:
+/** @{ */
+/** Creates a new, empty temporary directory or file and writes its name:
  * directory, a separator (unless the directory is empty or ends in one),
  * prefix, 8 lower-case hexadecimal digits and suffix.  directory, prefix and
  * suffix may be null: the directory then comes from the environment variable
@@ -229,20 +244,21 @@ ORU_API oruResult oruGetTempDirName(const char* directory, const char* prefix, c
                                     char* out, size_t size);
 ORU_API oruResult oruGetTempFileName(const char* directory, const char* prefix, const char* suffix,
                                      char* out, size_t size);
+/** @} */
 
 /*
  * Directories.
  */
 
-/* An open directory listing, owned by the library until oruCloseDir. */
+/** An open directory listing, owned by the library until oruCloseDir. */
 typedef struct oruDirRecord* oruDir;
 
-/* Opens a directory for reading its names.  A missing path or one that is
+/** Opens a directory for reading its names.  A missing path or one that is
  * not a directory gives the translated system error (ORU_E_NOT_FOUND,
  * ORU_E_PATH_NOT_FOUND); no memory: ORU_E_OUT_OF_MEMORY. */
 ORU_API oruResult oruOpenDir(const char* path, oruDir* dir);
 
-/* The next name, in the system's order, without "." and "..".  Returns
+/** The next name, in the system's order, without "." and "..".  Returns
  * ORU_OK with the name, or the success value 1 at the end of the listing
  * with name set to "" (and again on every later call): a caller that only
  * tests ORU_FAILED must test for 1 as well.  A name that does not fit gives
@@ -251,7 +267,7 @@ ORU_API oruResult oruOpenDir(const char* path, oruDir* dir);
  * a null name with a non-zero size, gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruReadDir(oruDir dir, char* name, size_t size);
 
-/* Closes the listing and frees it, also when the system reports a failure
+/** Closes the listing and frees it, also when the system reports a failure
  * (then translated).  Null gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruCloseDir(oruDir dir);
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/l10n.h - message catalogs, locale parameters and locale data.
  */
 #ifndef ORU_L10N_H
@@ -10,7 +11,8 @@
 extern "C" {
 #endif
 
-/*
+/** @{ */
+/**
  * Locale parameters.  Each can be set by the application (a process-wide
  * override, meant to be set at start-up before other threads read it);
  * otherwise it is derived from the C library's current locale or from the
@@ -32,7 +34,7 @@ extern "C" {
  * setlocale(LC_CTYPE, NULL) reports, skipped when it is "C".  On POSIX
  * systems the user-default locale is the name in LC_ALL, LC_CTYPE or LANG
  * (the first set and non-empty; "C" when none is), of the form
- * language_TERRITORY.codeset@modifier.
+ * language_TERRITORY.codeset\@modifier.
  *   - Language: the two letters before "_" in the C library's name; a
  *     Windows-style name ("German_Germany.1252") is looked up in the
  *     library's language-name table.  Without such a name, the user-default
@@ -59,27 +61,28 @@ extern "C" {
 #define ORU_LP_SYSTEM_CHARSET 4u
 #define ORU_LP_CONSOLE_CHARSET 5u
 #define ORU_LP_APP_CHARSET 6u
+/** @} */
 
-/* oruGetLocaleParam flag: ignore the overrides of ids 0, 2, 4 and 5 and
+/** oruGetLocaleParam flag: ignore the overrides of ids 0, 2, 4 and 5 and
  * derive from the user-default locale, skipping the C library's locale.  For
  * id 6 the override still wins; its derivation skips the C library's locale.
  * Ids 1 and 3 ignore the flag. */
 #define ORU_LP_FROM_SYSTEM 1u
 
-/* Copies the parameter's value, NUL included, into buffer.  Results: ORU_OK;
+/** Copies the parameter's value, NUL included, into buffer.  Results: ORU_OK;
  * ORU_E_INVALID_ARG for a null buffer, size 0 or id above 6;
  * ORU_E_BUFFER_TOO_SMALL when size is not larger than the value's length;
  * ORU_E_OUT_OF_MEMORY when the derivation cannot allocate. */
 ORU_API oruResult oruGetLocaleParam(uint32_t id, uint32_t flags, char* buffer, size_t size);
 
-/* Stores a copy of value as the override of parameter id, after validating
+/** Stores a copy of value as the override of parameter id, after validating
  * it (see the table above), and re-decides whether the application and
  * system character sets need a conversion.  Results: ORU_OK (also when the
  * copy cannot be allocated: the slot is then unset); ORU_E_INVALID_ARG for a
  * null value, an id above 6, or a value failing validation. */
 ORU_API oruResult oruSetLocaleParam(uint32_t id, const char* value);
 
-/* Converts a Windows-style locale name language_territory.codepage[@mod]
+/** Converts a Windows-style locale name language_territory.codepage[\@mod]
  * ("German_Germany.1252") into language_TERRITORY.charset
  * ("de_DE.windows-1252") in out.  The language is looked up in the language
  * table ("en" when missing or not a two-letter code), the territory and
@@ -112,7 +115,8 @@ ORU_API oruResult oruNativeToStdLocale(const char* native, char* out, size_t siz
  * process ends and usable from any thread.
  */
 
-/* Categories: the library's own numbers.  Any other number finds no
+/** @{ */
+/** Categories: the library's own numbers.  Any other number finds no
  * catalog. */
 #define ORU_LC_COLLATE 1
 #define ORU_LC_CTYPE 2
@@ -120,8 +124,9 @@ ORU_API oruResult oruNativeToStdLocale(const char* native, char* out, size_t siz
 #define ORU_LC_NUMERIC 4
 #define ORU_LC_TIME 5
 #define ORU_LC_MESSAGES 6
+/** @} */
 
-/* Binds domain to the directory holding its catalogs, or (dirname NULL)
+/** Binds domain to the directory holding its catalogs, or (dirname NULL)
  * queries the binding.  Returns the directory now bound, the library's own
  * copy, which the caller must not free and which stays valid until the
  * domain is bound again; NULL for a null or empty domain, for
@@ -129,13 +134,13 @@ ORU_API oruResult oruNativeToStdLocale(const char* native, char* out, size_t siz
  * a domain (domains compare case-sensitively) replaces the earlier one. */
 ORU_API const char* oruBindTextDomain(const char* domain, const char* dirname);
 
-/* Sets (domain non-empty: a copy is stored) or queries (NULL) the calling
+/** Sets (domain non-empty: a copy is stored) or queries (NULL) the calling
  * thread's current domain; the empty string clears it.  Returns the current
  * domain afterwards, "messages" when none is set.  The returned pointer is
  * valid until the thread sets another domain or ends. */
 ORU_API const char* oruTextDomain(const char* domain);
 
-/* The general lookup.  domain NULL means "messages"; a null or empty locale
+/** The general lookup.  domain NULL means "messages"; a null or empty locale
  * lets the locale parameters choose the catalog: first
  * language_TERRITORY.appcharset, then language.appcharset, then
  * fallbacklanguage.appcharset, skipping a name whose parameters are empty.
@@ -147,12 +152,14 @@ ORU_API const char* oruTextDomain(const char* domain);
 ORU_API const char* oruDCGetTextLC(const char* domain, const char* locale, const char* msgid,
                                    int category);
 
-/* Shorthands of oruDCGetTextLC: the current domain, no locale and
+/** @{ */
+/** Shorthands of oruDCGetTextLC: the current domain, no locale and
  * ORU_LC_MESSAGES where not given. */
 ORU_API const char* oruGetText(const char* msgid);
 ORU_API const char* oruDGetText(const char* domain, const char* msgid);
 ORU_API const char* oruDGetTextLC(const char* domain, const char* locale, const char* msgid);
 ORU_API const char* oruDCGetText(const char* domain, const char* msgid, int category);
+/** @} */
 /*
  * Locale display names and ISO 3166 lists.
  *
@@ -170,13 +177,13 @@ ORU_API const char* oruDCGetText(const char* domain, const char* msgid, int cate
  * found.  The functions allocate nothing, take no lock and are reentrant.
  */
 
-/* The name of a language (ISO 639 code, "de") in the locale's language. */
+/** The name of a language (ISO 639 code, "de") in the locale's language. */
 ORU_API const char* oruCLDRGetLanguageDisplayName(const char* code, const char* locale);
-/* The name of a territory (ISO 3166-1 alpha-2 code, "CH"). */
+/** The name of a territory (ISO 3166-1 alpha-2 code, "CH"). */
 ORU_API const char* oruCLDRGetTerritoryDisplayName(const char* code, const char* locale);
-/* The name of a currency (ISO 4217 code, "EUR"). */
+/** The name of a currency (ISO 4217 code, "EUR"). */
 ORU_API const char* oruCLDRGetCurrencyDisplayName(const char* code, const char* locale);
-/* The symbol of a currency (ISO 4217 code): the euro sign for EUR in "de". */
+/** The symbol of a currency (ISO 4217 code): the euro sign for EUR in "de". */
 ORU_API const char* oruCLDRGetCurrencySymbol(const char* code, const char* locale);
 
 /*
@@ -187,22 +194,22 @@ ORU_API const char* oruCLDRGetCurrencySymbol(const char* code, const char* local
  * library.
  */
 
-/* A new array of the country codes in ascending order, ending with null.
+/** A new array of the country codes in ascending order, ending with null.
  * The caller frees the array (not the codes) with oruFree.  Null when the
  * array cannot be allocated. */
 ORU_API const char** oruGetISO3166Countries(void);
 
-/* A new array of the subdivision codes of a country, in ascending order,
+/** A new array of the subdivision codes of a country, in ascending order,
  * ending with null (only the null for a country without subdivisions).  The
  * caller frees the array with oruFree.  Null when country is null, empty or
  * not listed, or when the array cannot be allocated. */
 ORU_API const char** oruGetISO3166Subdivisions(const char* country);
 
-/* The English short name of a country ("Germany"); null when country is
+/** The English short name of a country ("Germany"); null when country is
  * null, empty or not listed. */
 ORU_API const char* oruGetISO3166CountryName(const char* country);
 
-/* The English name of a subdivision given by its full code ("DE-BY" gives
+/** The English name of a subdivision given by its full code ("DE-BY" gives
  * "Bayern"); null when code is null or unknown. */
 ORU_API const char* oruGetISO3166SubdivisionName(const char* code);
 

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/module.h - dynamic shared objects, version attributes, backtraces and
  * the list of loaded modules.
  *
@@ -58,10 +59,10 @@ extern "C" {
  * Loading and symbols.
  */
 
-/* A loaded shared object.  Opaque; owned by the library until oruDsoUnload. */
+/** A loaded shared object.  Opaque; owned by the library until oruDsoUnload. */
 typedef struct oruDsoObject* oruDso;
 
-/* Loads the shared object at path and stores a new handle in *dso.  The
+/** Loads the shared object at path and stores a new handle in *dso.  The
  * path is given to the system's loader as it stands: a name without a
  * separator is searched for the way the loader searches (on POSIX systems
  * the library path; give "./name" for the current directory).  Symbols of the
@@ -73,7 +74,7 @@ typedef struct oruDsoObject* oruDso;
  * null). */
 ORU_API oruResult oruDsoLoad(const char* path, oruDso* dso);
 
-/* Looks the exported symbol name (a function or data object) up in the
+/** Looks the exported symbol name (a function or data object) up in the
  * object of dso and stores its address in *address.  A null, unloaded or
  * unknown dso, a null name or a null address gives ORU_E_INVALID_ARG; a name
  * the object does not export gives ORU_E_SYMBOL with the loader's reason in
@@ -81,7 +82,7 @@ ORU_API oruResult oruDsoLoad(const char* path, oruDso* dso);
  * not null). */
 ORU_API oruResult oruDsoGetSymbol(oruDso dso, const char* name, void** address);
 
-/* Releases the handle.  The object leaves the process when no other handle
+/** Releases the handle.  The object leaves the process when no other handle
  * (nor the system, for its own dependencies) holds it; addresses obtained
  * through the handle must not be used afterwards.  A null, already unloaded
  * or unknown handle gives ORU_E_INVALID_ARG.  When the system fails to
@@ -89,7 +90,7 @@ ORU_API oruResult oruDsoGetSymbol(oruDso dso, const char* name, void** address);
  * oruDsoGetErrorText; the handle is released even then. */
 ORU_API oruResult oruDsoUnload(oruDso dso);
 
-/* Writes the file of the object of dso into buffer (size bytes including
+/** Writes the file of the object of dso into buffer (size bytes including
  * the terminating zero): the path under which the loader mapped it - for a
  * name the loader searched for, where it was found.  ORU_E_INVALID_ARG for
  * an unloaded or unknown dso, a null buffer or a size of 0;
@@ -97,7 +98,7 @@ ORU_API oruResult oruDsoUnload(oruDso dso);
  * is then an empty string). */
 ORU_API oruResult oruDsoGetPath(oruDso dso, char* buffer, size_t size);
 
-/* The reason of the calling thread's most recent failure of oruDsoLoad,
+/** The reason of the calling thread's most recent failure of oruDsoLoad,
  * oruDsoGetSymbol or oruDsoUnload; "" when the thread has had none (or
  * when memory to keep the text was exhausted).  Never null.  The text lives in per-thread storage
  * of the library: it stays valid until the next call of one of these functions on the same thread
@@ -109,15 +110,15 @@ ORU_API const char* oruDsoGetErrorText(void);
  * systems).
  */
 
-#define ORU_VERSION_FILE_VERSION 1
-#define ORU_VERSION_PRODUCT_VERSION 2
-#define ORU_VERSION_COMPANY_NAME 3
-#define ORU_VERSION_FILE_DESCRIPTION 4
-#define ORU_VERSION_PRODUCT_NAME 5
-#define ORU_VERSION_INTERNAL_NAME 6
-#define ORU_VERSION_ORIGINAL_FILENAME 7
+#define ORU_VERSION_FILE_VERSION 1      /**< FileVersion */
+#define ORU_VERSION_PRODUCT_VERSION 2   /**< ProductVersion */
+#define ORU_VERSION_COMPANY_NAME 3      /**< CompanyName */
+#define ORU_VERSION_FILE_DESCRIPTION 4  /**< FileDescription */
+#define ORU_VERSION_PRODUCT_NAME 5      /**< ProductName */
+#define ORU_VERSION_INTERNAL_NAME 6     /**< InternalName */
+#define ORU_VERSION_ORIGINAL_FILENAME 7 /**< OriginalFilename */
 
-/* Writes the string attribute (one of ORU_VERSION_*) of the file at path
+/** Writes the string attribute (one of ORU_VERSION_*) of the file at path
  * into buffer (size bytes including the terminating zero).  ORU_E_INVALID_ARG
  * for a null path or buffer, a size of 0 or an unknown attribute;
  * ORU_E_BUFFER_TOO_SMALL when the text and its zero do not fit (the buffer is
@@ -129,13 +130,13 @@ ORU_API const char* oruDsoGetErrorText(void);
 ORU_API oruResult oruGetFileVersionString(const char* path, int attribute, char* buffer,
                                           size_t size);
 
-/* The numeric file and product versions: major, minor, build, revision. */
+/** The numeric file and product versions: major, minor, build, revision. */
 typedef struct oruVersionNumbers {
-  uint16_t fileVersion[4];
-  uint16_t productVersion[4];
+  uint16_t fileVersion[4];    /**< the file's version */
+  uint16_t productVersion[4]; /**< the version of the product it belongs to */
 } oruVersionNumbers;
 
-/* Reads the fixed version numbers of the file at path.  On Windows they are
+/** Reads the fixed version numbers of the file at path.  On Windows they are
  * the fixed file information of the version resource.  On ELF systems
  * fileVersion holds the first four numbers of ORU_VERSION_FILE_VERSION and
  * productVersion those of ORU_VERSION_PRODUCT_VERSION ("1.2" gives 1, 2, 0,
@@ -150,7 +151,7 @@ ORU_API oruResult oruGetFileVersionNumbers(const char* path, oruVersionNumbers* 
  * Backtraces.
  */
 
-/* Stores up to capacity call sites of the calling thread in addresses,
+/** Stores up to capacity call sites of the calling thread in addresses,
  * innermost first, and their number in *count.  The first entry is the call
  * of oruCaptureBacktrace itself in its caller, unless skip names a number of
  * innermost entries to leave out (skip 1 starts at the caller's caller).
@@ -162,22 +163,22 @@ ORU_API oruResult oruGetFileVersionNumbers(const char* path, oruVersionNumbers* 
 ORU_API oruResult oruCaptureBacktrace(unsigned skip, void** addresses, size_t capacity,
                                       size_t* count);
 
-/* What is known about one code address.  The strings live in the same
+/** What is known about one code address.  The strings live in the same
  * allocation as the structure. */
 typedef struct oruSymbolInfo {
-  const void* address;    /* the address asked about */
-  const char* modulePath; /* the file of the module holding it; never null */
-  const void* moduleBase; /* the lowest address the module is mapped at */
-  const char* symbolName; /* the symbol covering it, C++ names demangled;
+  const void* address;    /**< the address asked about */
+  const char* modulePath; /**< the file of the module holding it; never null */
+  const void* moduleBase; /**< the lowest address the module is mapped at */
+  const char* symbolName; /**< the symbol covering it, C++ names demangled;
                              null when no symbol is known */
-  size_t symbolOffset;    /* address less the start of that symbol; 0 when
+  size_t symbolOffset;    /**< address less the start of that symbol; 0 when
                              symbolName is null */
-  const char* sourceFile; /* the source file of the address, or null
+  const char* sourceFile; /**< the source file of the address, or null
                              without debug information */
-  unsigned line;          /* its line, or 0 when sourceFile is null */
+  unsigned line;          /**< its line, or 0 when sourceFile is null */
 } oruSymbolInfo;
 
-/* Symbolizes address into one block allocated with oruMalloc and stored in
+/** Symbolizes address into one block allocated with oruMalloc and stored in
  * *info; the caller releases it with oruFree.  ORU_E_INVALID_ARG for a null
  * info; ORU_E_NOT_FOUND when no module of the process holds address (null
  * included); ORU_E_OUT_OF_MEMORY.  *info is null on failure. */
@@ -187,14 +188,14 @@ ORU_API oruResult oruSymbolizeAddress(const void* address, oruSymbolInfo** info)
  * Modules.
  */
 
-/* One module of the process. */
+/** One module of the process. */
 typedef struct oruModuleInfo {
-  const char* path; /* its file; for the main program the executable's path */
-  const void* base; /* the lowest address it is mapped at */
-  size_t size;      /* bytes from base to the end of its highest segment */
+  const char* path; /**< its file; for the main program the executable's path */
+  const void* base; /**< the lowest address it is mapped at */
+  size_t size;      /**< bytes from base to the end of its highest segment */
 } oruModuleInfo;
 
-/* Lists every module loaded in the process - the main program first, then
+/** Lists every module loaded in the process - the main program first, then
  * the shared objects in load order - as an array of *count entries in one
  * block allocated with oruMalloc (the paths live in the same block), stored
  * in *modules; the caller releases it with oruFree.  Modules the system

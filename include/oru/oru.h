@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/oru.h - the whole oru interface.
  */
 #ifndef ORU_ORU_H

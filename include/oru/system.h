@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/system.h - facts about the machine, the account and the running
  * program, and a short-option parser (getopt).
  *
@@ -17,17 +18,19 @@
 extern "C" {
 #endif
 
-/* The values of oruGetSystemType: the family the library was built for. */
+/** @{ */
+/** The values of oruGetSystemType: the family the library was built for. */
 #define ORU_SYSTEM_TYPE_POSIX 1
 #define ORU_SYSTEM_TYPE_WINDOWS 2
+/** @} */
 
-/* The computer's name, lower-cased byte by byte (ASCII letters only, so the
+/** The computer's name, lower-cased byte by byte (ASCII letters only, so the
  * answer does not depend on the locale).  On POSIX systems this is the node
  * name that uname() reports.  A size that does not fit in 32 bits gives
  * ORU_E_INVALID_ARG; a failing system call its translated error. */
 ORU_API oruResult oruGetHostname(char* buf, size_t size);
 
-/* The domain of the account the process runs as (its effective user), not a
+/** The domain of the account the process runs as (its effective user), not a
  * network name.  Windows answers the computer's name for a local account.
  * POSIX systems answer:
  *   - for an account name written "user@domain" (directory services such as
@@ -43,24 +46,24 @@ ORU_API oruResult oruGetHostname(char* buf, size_t size);
  * system call's translated error. */
 ORU_API oruResult oruGetDomainname(char* buf, size_t size);
 
-/* The processor architecture of the process as a name: "i386", "mips",
+/** The processor architecture of the process as a name: "i386", "mips",
  * "alpha" or "ppc" (32-bit PowerPC), and "unknown" for every other
  * architecture, x86-64 and AArch64 included.  The name describes the
  * architecture this build of the library runs as (a 32-bit x86 build on a
  * 64-bit processor answers "i386"). */
 ORU_API oruResult oruGetArchitecture(char* buf, size_t size);
 
-/* The name of the system family this build targets: "Windows" for Windows
+/** The name of the system family this build targets: "Windows" for Windows
  * builds, "Linux" on Linux, "Darwin" on macOS, "FreeBSD", "NetBSD",
  * "OpenBSD" on those, and "Unix" on any other POSIX system.  The buffer rule
  * holds: "Linux" needs a size of at least 6. */
 ORU_API oruResult oruGetSystemName(char* buf, size_t size);
 
-/* ORU_SYSTEM_TYPE_WINDOWS (2) on Windows builds, ORU_SYSTEM_TYPE_POSIX (1)
+/** ORU_SYSTEM_TYPE_WINDOWS (2) on Windows builds, ORU_SYSTEM_TYPE_POSIX (1)
  * on every other build. */
 ORU_API int oruGetSystemType(void);
 
-/* The base name of the running executable, taken from the system's own
+/** The base name of the running executable, taken from the system's own
  * record of it (/proc/self/exe on Linux; where /proc is not mounted, the
  * path the program was started with as the loader recorded it).  Computed
  * once and never changing afterwards; "<unknown>" when the system cannot
@@ -69,17 +72,17 @@ ORU_API int oruGetSystemType(void);
  * started through a link reports the name of the file it runs from. */
 ORU_API const char* oruGetProgramName(void);
 
-/* The full path of the running executable (from the same record, which on
+/** The full path of the running executable (from the same record, which on
  * POSIX systems is already absolute and free of links), computed once; null
  * when the system cannot tell (then it is asked again on the next call).
  * Owned by the library and never freed. */
 ORU_API const char* oruGetProgramPath(void);
 
-/* Whether the process runs in a remote desktop session (Windows).  On POSIX
+/** Whether the process runs in a remote desktop session (Windows).  On POSIX
  * systems *out is always 0.  ORU_E_INVALID_ARG for a null out. */
 ORU_API oruResult oruIsWTSRemoteSession(int* out);
 
-/* Whether the system is a Windows terminal server.  On POSIX systems *out
+/** Whether the system is a Windows terminal server.  On POSIX systems *out
  * is always 0.  ORU_E_INVALID_ARG for a null out. */
 ORU_API oruResult oruIsWindowsTerminalServer(int* out);
 
@@ -112,24 +115,24 @@ ORU_API oruResult oruIsWindowsTerminalServer(int* out);
  * previous scan has returned -1.
  */
 
-/* Returns the next option character; '?' for an unknown option or a
+/** Returns the next option character; '?' for an unknown option or a
  * missing argument; ':' for a missing argument when optstring begins with
  * ':'; -1 when the options end.  A character followed by ':' in optstring
  * takes an argument.  Option bytes are reported unsigned (0..255).  A null
  * argv or optstring, or optind outside 0..argc, ends the scan (-1). */
 #if defined(__cplusplus) && defined(__GLIBC__)
-/* The same declaration as the C library's, so both can be included. */
+/** The same declaration as the C library's, so both can be included. */
 ORU_API int getopt(int argc, char* const argv[], const char* optstring) noexcept;
 #else
 ORU_API int getopt(int argc, char* const argv[], const char* optstring);
 #endif
-/* The argument of the option just returned, or null (points into argv). */
+/** The argument of the option just returned, or null (points into argv). */
 ORU_API extern char* optarg;
-/* The index of the next element of argv to scan; initially 1. */
+/** The index of the next element of argv to scan; initially 1. */
 ORU_API extern int optind;
-/* Non-zero (the initial 1): print error messages. */
+/** Non-zero (the initial 1): print error messages. */
 ORU_API extern int opterr;
-/* The option character last examined. */
+/** The option character last examined. */
 ORU_API extern int optopt;
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/thread.h - threads, mutexes, condition variables, once-initialisation,
  * atomics and thread-local storage.
  *
@@ -19,13 +20,15 @@
 extern "C" {
 #endif
 
+/** Marks a function that does not return. */
 #if defined(__GNUC__)
 #define ORU_NORETURN __attribute__((noreturn))
 #else
 #define ORU_NORETURN
 #endif
 
-/*
+/** @{ */
+/**
  * Mutexes, condition variables and once-controls are caller-owned,
  * pointer-sized slots.  A slot that is NULL is not initialised (or has been
  * destroyed); the library stores a pointer to its own object in it.
@@ -33,11 +36,13 @@ extern "C" {
 typedef struct oruMutexObject* oruMutex;
 typedef struct oruCondVarObject* oruCondVar;
 typedef struct oruOnceControl* oruOnce;
+/** @} */
 
-/* Start value of an oruOnce (a plain NULL does as well). */
+/** Start value of an oruOnce (a plain NULL does as well). */
 #define ORU_ONCE_INIT NULL
 
-/*
+/** @{ */
+/**
  * Mutexes are recursive: the owner may lock again, and unlocks as often.
  * A null slot (or a null pointer to one) gives ORU_E_INVALID_ARG, except in
  * oruMutexDestroy, where it is ORU_OK.  oruMutexTryLock gives ORU_E_BUSY when
@@ -51,8 +56,10 @@ ORU_API oruResult oruMutexDestroy(oruMutex* mutex);
 ORU_API oruResult oruMutexLock(oruMutex* mutex);
 ORU_API oruResult oruMutexTryLock(oruMutex* mutex);
 ORU_API oruResult oruMutexUnlock(oruMutex* mutex);
+/** @} */
 
-/*
+/** @{ */
+/**
  * Condition variables, used with a mutex of this library held by the
  * caller.  A signal releases one thread that is waiting at that moment and is
  * not remembered when nobody waits; a broadcast releases every waiting
@@ -102,15 +109,17 @@ ORU_API oruResult oruCondVarBroadcast(oruCondVar* condVar);
 ORU_API oruResult oruCondVarWait(oruCondVar* condVar, oruMutex* mutex);
 ORU_API oruResult oruCondVarTimedWait(oruCondVar* condVar, oruMutex* mutex,
                                       const oruTimeVal* deadline);
+/** @} */
 
-/*
+/**
  * Runs init exactly once per slot.  Threads that arrive while it runs wait
  * until it has finished; a call on the same slot from inside init returns
  * ORU_OK at once.  The slot starts as ORU_ONCE_INIT.
  */
 ORU_API oruResult oruInitOnce(oruOnce* once, void (*init)(void));
 
-/*
+/** @{ */
+/**
  * Atomic counters with a full barrier.  Only the sign of the new value is
  * reported: 1 if positive, 0 if zero, -1 if negative (so an increment that
  * wraps from the largest value reports 1, and likewise a decrement that
@@ -118,8 +127,9 @@ ORU_API oruResult oruInitOnce(oruOnce* once, void (*init)(void));
  */
 ORU_API int oruAtomicIncrement(int32_t* value);
 ORU_API int oruAtomicDecrement(int32_t* value);
+/** @} */
 
-/*
+/**
  * Threads.
  *
  * An oruThread is a handle number, not an address: every thread known to the
@@ -144,13 +154,13 @@ ORU_API int oruAtomicDecrement(int32_t* value);
  */
 typedef struct oruThreadHandle* oruThread;
 
-/* The start routine; its result is the thread's exit status. */
+/** The start routine; its result is the thread's exit status. */
 typedef unsigned (*oruThreadStart)(void* arg);
 
-/* oruThreadCreate flag: create the thread detached. */
+/** oruThreadCreate flag: create the thread detached. */
 #define ORU_THREAD_DETACHED 1
 
-/* Starts a thread running start(arg).  stackSize is the stack the routine
+/** Starts a thread running start(arg).  stackSize is the stack the routine
  * gets: 0 means the default set by oruSetDefaultStackSize (when that is 0
  * too, the system's default); a size below the system's minimum is rounded
  * up to it; what the system keeps inside a thread's stack for itself (with
@@ -162,7 +172,7 @@ typedef unsigned (*oruThreadStart)(void* arg);
 ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize,
                                   oruThreadStart start, void* arg);
 
-/* Waits for a joinable thread to end and stores its exit status (a null
+/** Waits for a joinable thread to end and stores its exit status (a null
  * exitStatus is allowed).  A thread has ended when its routine has returned
  * (or it left through oruThreadExit), its C++ thread_local destructors and
  * the pthread key destructors have run, and its system thread is gone.  Up to
@@ -175,27 +185,27 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
  * EDEADLK. */
 ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus);
 
-/* Lets a thread's resources go when it ends; it can no longer be joined. */
+/** Lets a thread's resources go when it ends; it can no longer be joined. */
 ORU_API oruResult oruThreadDetach(oruThread thread);
 
-/* Ends the calling thread with the given exit status.  Its C++ thread_local
+/** Ends the calling thread with the given exit status.  Its C++ thread_local
  * destructors and the pthread key destructors run as when the routine
  * returns. */
 ORU_API ORU_NORETURN void oruThreadExit(unsigned status);
 
-/* The calling thread's handle.  A thread the library did not create gets one
+/** The calling thread's handle.  A thread the library did not create gets one
  * on first contact (it counts as detached).  NULL only when memory for that
  * is exhausted. */
 ORU_API oruThread oruThreadSelf(void);
 
-/* 1 if both handles denote the same thread, else 0. */
+/** 1 if both handles denote the same thread, else 0. */
 ORU_API int oruThreadEqual(oruThread a, oruThread b);
 
-/* The stack size for threads created with stackSize 0; 0 is the system's
+/** The stack size for threads created with stackSize 0; 0 is the system's
  * default.  Always ORU_OK. */
 ORU_API oruResult oruSetDefaultStackSize(size_t size);
 
-/*
+/**
  * Thread-local storage.  Keys are small numbers, handed out lowest first; a
  * deleted key is the next one handed out.
  *
@@ -215,12 +225,15 @@ ORU_API oruResult oruSetDefaultStackSize(size_t size);
  */
 typedef uint32_t oruTlsKey;
 
+/** Creates a key whose values start as null in every thread; destructor
+ * (may be null) runs on the values as described above. */
 ORU_API oruResult oruTlsKeyCreate(oruTlsKey* key, void (*destructor)(void* value));
-/* Values held under a deleted key are left alone: neither destroyed nor
+/** Values held under a deleted key are left alone: neither destroyed nor
  * cleared. */
 ORU_API oruResult oruTlsKeyDelete(oruTlsKey key);
+/** Stores value under the key for the calling thread. */
 ORU_API oruResult oruTlsSet(oruTlsKey key, void* value);
-/* NULL when the calling thread has stored nothing under the key. */
+/** NULL when the calling thread has stored nothing under the key. */
 ORU_API void* oruTlsGet(oruTlsKey key);
 
 #ifdef __cplusplus

@@ -1,4 +1,5 @@
-/*
+/**
+ * @file
  * oru/time.h - time values, calendar dates and sleeping.
  */
 #ifndef ORU_TIME_H
@@ -10,7 +11,7 @@
 extern "C" {
 #endif
 
-/* A point in time: seconds since 1970-01-01 00:00:00 UTC and microseconds,
+/** A point in time: seconds since 1970-01-01 00:00:00 UTC and microseconds,
  * normally 0 to 999999.  Also used as a span (the result of oruTimeValSub).
  *
  * The seconds are a signed 32-bit number, so a time value reaches only from
@@ -26,43 +27,47 @@ extern "C" {
  *  - oruTimeValCmp compares the signed values and so orders wrongly across
  *    the wrap. */
 typedef struct oruTimeVal {
-  int32_t sec;
-  int32_t usec;
+  int32_t sec;  /**< seconds since the epoch (or of a span) */
+  int32_t usec; /**< microseconds */
 } oruTimeVal;
 
-/* A broken-down calendar time.  The field order is part of the interface:
+/** A broken-down calendar time.  The field order is part of the interface:
  * note that the day of the month comes before the day of the week. */
 typedef struct oruDateTime {
-  uint32_t year;
-  uint32_t month;     /* 1 to 12 */
-  uint32_t day;       /* day of the month, 1 to 31 */
-  uint32_t dayOfWeek; /* 0 = Sunday */
-  uint32_t hour;
-  uint32_t minute;
-  uint32_t second;
-  uint32_t milliseconds;
+  uint32_t year;         /**< the year, e.g. 2026 */
+  uint32_t month;        /**< 1 to 12 */
+  uint32_t day;          /**< day of the month, 1 to 31 */
+  uint32_t dayOfWeek;    /**< 0 = Sunday */
+  uint32_t hour;         /**< 0 to 23 */
+  uint32_t minute;       /**< 0 to 59 */
+  uint32_t second;       /**< 0 to 59 */
+  uint32_t milliseconds; /**< 0 to 999 */
 } oruDateTime;
 
-/* The current time.  Always ORU_OK (ORU_E_INVALID_ARG for a null pointer). */
+/** The current time.  Always ORU_OK (ORU_E_INVALID_ARG for a null pointer). */
 ORU_API oruResult oruGetCurrentTime(oruTimeVal* now);
 
-/* A time value as calendar time in the local time zone or in UTC.  Null
+/** @{ */
+/** A time value as calendar time in the local time zone or in UTC.  Null
  * pointers give ORU_E_INVALID_ARG; a time the system cannot convert gives
  * its translated error. */
 ORU_API oruResult oruGetLocalDateTime(const oruTimeVal* time, oruDateTime* dateTime);
 ORU_API oruResult oruGetUTCDateTime(const oruTimeVal* time, oruDateTime* dateTime);
+/** @} */
 
-/* a + b and a - b.  The microseconds are carried or borrowed once only:
+/** @{ */
+/** a + b and a - b.  The microseconds are carried or borrowed once only:
  * values outside 0..999999 are not normalised any further.  A null operand
  * counts as {0, 0}. */
 ORU_API oruTimeVal oruTimeValAdd(const oruTimeVal* a, const oruTimeVal* b);
 ORU_API oruTimeVal oruTimeValSub(const oruTimeVal* a, const oruTimeVal* b);
+/** @} */
 
-/* -1, 0 or 1 as a is before, equal to or after b (seconds first, then
+/** -1, 0 or 1 as a is before, equal to or after b (seconds first, then
  * microseconds, both signed).  A null operand counts as {0, 0}. */
 ORU_API int oruTimeValCmp(const oruTimeVal* a, const oruTimeVal* b);
 
-/* Suspends the calling thread for at least the given number of
+/** Suspends the calling thread for at least the given number of
  * milliseconds.  Always ORU_OK. */
 ORU_API oruResult oruSleep(uint32_t milliseconds);
 
