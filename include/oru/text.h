@@ -55,7 +55,9 @@ ORU_API int oruASCIIisPunct(char c);  /**< the 32 graphic non-alphanumerics */
 ORU_API int oruASCIIisCntrl(char c);  /**< 0x00-0x1F, 0x7F */
 ORU_API int oruASCIIisGraph(char c);  /**< letters, digits, punctuation */
 ORU_API int oruASCIIisPrint(char c);  /**< graph plus every space character */
+/** @} */
 
+/** @{ */
 /** Case conversion of A-Z / a-z only; the result is the byte as 0..255. */
 ORU_API int oruASCIIToLower(char c);
 ORU_API int oruASCIIToUpper(char c);
