@@ -47,25 +47,25 @@ typedef struct oruDec128 {
 
 /** Classes returned by oruDec64Class and oruDec128Class. */
 typedef enum oruDecClass {
-  ORU_DEC_SIGNALING_NAN = 0,
-  ORU_DEC_QUIET_NAN = 1,
-  ORU_DEC_NEGATIVE_INFINITY = 2,
-  ORU_DEC_NEGATIVE_NORMAL = 3,
-  ORU_DEC_NEGATIVE_SUBNORMAL = 4,
-  ORU_DEC_NEGATIVE_ZERO = 5,
-  ORU_DEC_POSITIVE_ZERO = 6,
-  ORU_DEC_POSITIVE_SUBNORMAL = 7,
-  ORU_DEC_POSITIVE_NORMAL = 8,
-  ORU_DEC_POSITIVE_INFINITY = 9
+  ORU_DEC_SIGNALING_NAN = 0,      /**< a signalling NaN */
+  ORU_DEC_QUIET_NAN = 1,          /**< a quiet NaN */
+  ORU_DEC_NEGATIVE_INFINITY = 2,  /**< -infinity */
+  ORU_DEC_NEGATIVE_NORMAL = 3,    /**< a negative normal number */
+  ORU_DEC_NEGATIVE_SUBNORMAL = 4, /**< a negative subnormal number */
+  ORU_DEC_NEGATIVE_ZERO = 5,      /**< -0 */
+  ORU_DEC_POSITIVE_ZERO = 6,      /**< +0 */
+  ORU_DEC_POSITIVE_SUBNORMAL = 7, /**< a positive subnormal number */
+  ORU_DEC_POSITIVE_NORMAL = 8,    /**< a positive normal number */
+  ORU_DEC_POSITIVE_INFINITY = 9   /**< +infinity */
 } oruDecClass;
 
 /** @{ */
 /** Status flags (bits of the int the flag functions take and return). */
-#define ORU_DEC_INVALID 1
-#define ORU_DEC_DIVIDE_BY_ZERO 2
-#define ORU_DEC_OVERFLOW 4
-#define ORU_DEC_UNDERFLOW 8
-#define ORU_DEC_INEXACT 16
+#define ORU_DEC_INVALID 1        /**< invalid operation */
+#define ORU_DEC_DIVIDE_BY_ZERO 2 /**< division by zero */
+#define ORU_DEC_OVERFLOW 4       /**< overflow */
+#define ORU_DEC_UNDERFLOW 8      /**< underflow */
+#define ORU_DEC_INEXACT 16       /**< inexact result */
 /** @} */
 
 /** @{ */
@@ -73,11 +73,11 @@ typedef enum oruDecClass {
  * Quantize.  RoundExact and Quantize round half-even for every one of
  * these values; the directions are honoured by Round (and the five named
  * rounding functions). */
-#define ORU_DEC_ROUND_HALF_EVEN 0
-#define ORU_DEC_ROUND_HALF_UP 1 /**< to nearest, ties away from zero */
-#define ORU_DEC_ROUND_CEILING 2
-#define ORU_DEC_ROUND_FLOOR 3
-#define ORU_DEC_ROUND_DOWN 4
+#define ORU_DEC_ROUND_HALF_EVEN 0 /**< to nearest, ties to even */
+#define ORU_DEC_ROUND_HALF_UP 1   /**< to nearest, ties away from zero */
+#define ORU_DEC_ROUND_CEILING 2   /**< toward +infinity */
+#define ORU_DEC_ROUND_FLOOR 3     /**< toward -infinity */
+#define ORU_DEC_ROUND_DOWN 4      /**< toward zero */
 /** @} */
 
 /** @{ */
@@ -436,9 +436,9 @@ ORU_API oruDec128* oruDec128ParseString(oruDec128* res, const oruDecNumberFormat
  * width's ORU_DECnn_STRING_MAX bytes always suffices.  Parsing the text back
  * gives the same encoding for every canonical non-NaN value.
  */
-#define ORU_DEC32_STRING_MAX 16
-#define ORU_DEC64_STRING_MAX 26
-#define ORU_DEC128_STRING_MAX 45
+#define ORU_DEC32_STRING_MAX 16  /**< buffer size for any decimal32 */
+#define ORU_DEC64_STRING_MAX 26  /**< buffer size for any decimal64 */
+#define ORU_DEC128_STRING_MAX 45 /**< buffer size for any decimal128 */
 ORU_API oruResult oruDec32ToString(oruDec32 x, char* buf, size_t size, size_t* length);
 ORU_API oruResult oruDec64ToString(oruDec64 x, char* buf, size_t size, size_t* length);
 ORU_API oruResult oruDec128ToString(const oruDec128* x, char* buf, size_t size, size_t* length);

@@ -46,8 +46,8 @@ typedef void* oruFile;
 
 /** @{ */
 /** Open flags: one or both access bits, then how to treat an existing file. */
-#define ORU_OPEN_READ 1
-#define ORU_OPEN_WRITE 2
+#define ORU_OPEN_READ 1    /**< open for reading */
+#define ORU_OPEN_WRITE 2   /**< open for writing */
 #define ORU_OPEN_CREATE 16 /**< create the file if it does not exist */
 #define ORU_OPEN_EXCL 32   /**< with ORU_OPEN_CREATE: fail if it exists */
 #define ORU_OPEN_TRUNC 64  /**< truncate an existing file */
@@ -55,9 +55,9 @@ typedef void* oruFile;
 
 /** @{ */
 /** Seek origins; any other value is invalid. */
-#define ORU_SEEK_SET 1
-#define ORU_SEEK_CUR 2
-#define ORU_SEEK_END 3
+#define ORU_SEEK_SET 1 /**< from the start of the file */
+#define ORU_SEEK_CUR 2 /**< from the current position */
+#define ORU_SEEK_END 3 /**< from the end of the file */
 /** @} */
 
 /** @{ */
@@ -134,9 +134,9 @@ ORU_API oruResult oruUnlockFile(oruFile file, int flags, uint64_t offset, uint64
 
 /** @{ */
 /** File information; mask groups. */
-#define ORU_FINFO_BASIC 15   /**< type, size, atime and mtime, always together */
-#define ORU_FINFO_BLKSIZE 16 /**< the allocation unit of the volume */
-#define ORU_FINFO_RESERVED 32
+#define ORU_FINFO_BASIC 15    /**< type, size, atime and mtime, always together */
+#define ORU_FINFO_BLKSIZE 16  /**< the allocation unit of the volume */
+#define ORU_FINFO_RESERVED 32 /**< accepted, never filled */
 /** @} */
 
 #define ORU_FILETYPE_DIRECTORY 1 /**< oruFileInfo::type of a directory */

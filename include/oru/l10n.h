@@ -54,13 +54,13 @@ extern "C" {
  *   - Console character set: the user-default locale's character set, as
  *     above; the C library's locale is not consulted.
  */
-#define ORU_LP_LANGUAGE 0u
-#define ORU_LP_FALLBACK_LANGUAGE 1u
-#define ORU_LP_TERRITORY 2u
-#define ORU_LP_APP_STRING 3u
-#define ORU_LP_SYSTEM_CHARSET 4u
-#define ORU_LP_CONSOLE_CHARSET 5u
-#define ORU_LP_APP_CHARSET 6u
+#define ORU_LP_LANGUAGE 0u          /**< ISO 639-1 language code */
+#define ORU_LP_FALLBACK_LANGUAGE 1u /**< a second language */
+#define ORU_LP_TERRITORY 2u         /**< ISO 3166-1 territory code */
+#define ORU_LP_APP_STRING 3u        /**< the application's own string */
+#define ORU_LP_SYSTEM_CHARSET 4u    /**< the system's character set */
+#define ORU_LP_CONSOLE_CHARSET 5u   /**< the console's character set */
+#define ORU_LP_APP_CHARSET 6u       /**< the application's character set */
 /** @} */
 
 /** oruGetLocaleParam flag: ignore the overrides of ids 0, 2, 4 and 5 and
@@ -118,12 +118,12 @@ ORU_API oruResult oruNativeToStdLocale(const char* native, char* out, size_t siz
 /** @{ */
 /** Categories: the library's own numbers.  Any other number finds no
  * catalog. */
-#define ORU_LC_COLLATE 1
-#define ORU_LC_CTYPE 2
-#define ORU_LC_MONETARY 3
-#define ORU_LC_NUMERIC 4
-#define ORU_LC_TIME 5
-#define ORU_LC_MESSAGES 6
+#define ORU_LC_COLLATE 1  /**< collation */
+#define ORU_LC_CTYPE 2    /**< character classes */
+#define ORU_LC_MONETARY 3 /**< money */
+#define ORU_LC_NUMERIC 4  /**< numbers */
+#define ORU_LC_TIME 5     /**< dates and times */
+#define ORU_LC_MESSAGES 6 /**< messages, the default */
 /** @} */
 
 /** Binds domain to the directory holding its catalogs, or (dirname NULL)

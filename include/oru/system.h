@@ -20,8 +20,8 @@ extern "C" {
 
 /** @{ */
 /** The values of oruGetSystemType: the family the library was built for. */
-#define ORU_SYSTEM_TYPE_POSIX 1
-#define ORU_SYSTEM_TYPE_WINDOWS 2
+#define ORU_SYSTEM_TYPE_POSIX 1   /**< Linux and other POSIX systems */
+#define ORU_SYSTEM_TYPE_WINDOWS 2 /**< Windows */
 /** @} */
 
 /** The computer's name, lower-cased byte by byte (ASCII letters only, so the

@@ -304,10 +304,10 @@ ORU_API char* oruUTF8Casefold(const char* s, int32_t len, uint32_t* outLen);
 
 /** @{ */
 /** Form selectors: bit 1 composes, bit 0 uses compatibility mappings. */
-#define ORU_NFD 0u
-#define ORU_NFKD 1u
-#define ORU_NFC 2u
-#define ORU_NFKC 3u
+#define ORU_NFD 0u  /**< canonical decomposition */
+#define ORU_NFKD 1u /**< compatibility decomposition */
+#define ORU_NFC 2u  /**< canonical decomposition, then composition */
+#define ORU_NFKC 3u /**< compatibility decomposition, then composition */
 /** @} */
 
 /** @{ */
