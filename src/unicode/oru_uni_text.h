@@ -8,12 +8,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
 namespace oru::unicode {
 
 constexpr uint32_t kReplacementChar = 0xFFFD;
+
+// Runs fn() and gives `failed` instead when memory runs out: the working
+// vectors and strings throw std::bad_alloc, which must not cross the C
+// interface.
+template <class T, class Fn>
+T unless_out_of_memory(Fn&& fn, T failed = T{}) noexcept {
+  try {
+    return fn();
+  } catch (const std::bad_alloc&) {
+    return failed;
+  }
+}
 
 // The length of the well-formed sequence at s[i] (i < n), or 0.  Unlike the
 // validation functions this accepts noncharacters: they are well-formed text
