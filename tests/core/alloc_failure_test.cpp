@@ -295,6 +295,15 @@ Outcome loader_failure(oruResult r, const AllocationFault& f) {
   return r == ORU_E_DSO_LOAD && f.injected && saysSo ? kOutOfMemory : failed(r);
 }
 
+// The file of the library itself, found with memory to spare.
+std::string path_of_library() {
+  oruSymbolInfo* info = nullptr;
+  if (oruSymbolizeAddress(reinterpret_cast<const void*>(&oruStrDup), &info) != ORU_OK) return "";
+  std::string path = info->modulePath;
+  oruFree(info);
+  return path;
+}
+
 unsigned thread_routine(void* arg) {
   return static_cast<unsigned>(reinterpret_cast<uintptr_t>(arg));
 }
@@ -440,6 +449,17 @@ const std::vector<Operation>& operations() {
          char out[4096];
          oruResult r = f.run([&] { return oruGetCanonicalPath(path.c_str(), out, sizeof out); });
          return r == ORU_OK ? ok(out) : failed(r);
+       }},
+      {"AppendToPath and GetDirname, output inside the input",
+       [](AllocationFault& f) {
+         // An output that starts inside the input makes them copy it aside.
+         char join[64] = "xxbase";
+         oruResult r = f.run([&] { return oruAppendToPath(join + 2, "name", join, sizeof join); });
+         if (r != ORU_OK) return failed(r);
+         char dir[64] = "/one/two/three";
+         r = f.run([&] { return oruGetDirname(dir + 1, dir + 2, sizeof dir - 2); });
+         if (r != ORU_OK) return failed(r);
+         return ok(std::string(join) + "|" + (dir + 2));
        }},
       {"GetCurrentDirectory",
        [](AllocationFault& f) {
@@ -629,6 +649,29 @@ const std::vector<Operation>& operations() {
          return o;
        },
        "/libdw"},
+      {"GetFileVersionString and GetFileVersionNumbers",
+       [](AllocationFault& f) {
+         const std::string library = path_of_library();
+         std::string all;
+         for (int attribute = ORU_VERSION_FILE_VERSION; attribute <= ORU_VERSION_ORIGINAL_FILENAME;
+              ++attribute) {
+           char buffer[512];
+           oruResult r = f.run([&] {
+             return oruGetFileVersionString(library.c_str(), attribute, buffer, sizeof buffer);
+           });
+           if (r == ORU_OK) {
+             all += std::string(buffer) + ";";
+           } else if (r == ORU_E_OUT_OF_MEMORY) {
+             return failed(r);
+           } else {
+             all += std::to_string(r) + ";";
+           }
+         }
+         oruVersionNumbers numbers{};
+         oruResult r = f.run([&] { return oruGetFileVersionNumbers(library.c_str(), &numbers); });
+         if (r == ORU_E_OUT_OF_MEMORY) return failed(r);
+         return ok(all + std::to_string(r));
+       }},
       {"CaptureBacktrace",
        [](AllocationFault& f) {
          void* frames[64];
