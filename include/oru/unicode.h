@@ -326,7 +326,10 @@ ORU_API uint32_t oruUTF8Decompose(uint32_t c, int canonicalOnly, char* out, uint
 /** Sorts the combining marks of s into canonical order in place (stable,
  * by combining class; characters of class 0 never move).  Ill-formed units
  * or bytes stay in place and nothing moves across them.  UTF-8: n < 0 means
- * NUL-terminated.  Null s does nothing. */
+ * NUL-terminated.  Null s does nothing.  The UTF-16 and UTF-8 forms work on
+ * a decoded copy: when memory for it runs out, the text is left as it is
+ * (UTF-8: from the first stretch between ill-formed bytes that could not be
+ * sorted). */
 ORU_API void oruUCS4CanonicalOrdering(uint32_t* s, uint32_t n);
 ORU_API void oruUTF16CanonicalOrdering(uint16_t* s, uint32_t n);
 ORU_API void oruUTF8CanonicalOrdering(char* s, int32_t n);

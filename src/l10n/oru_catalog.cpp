@@ -6,8 +6,10 @@
 // catalog mutex, so the order is always catalog mutex, then binding mutex.
 // Bindings, cache nodes and images are never freed; lookups read images
 // without a lock because an image never changes once published.
+#include <atomic>
 #include <cstdio>
 #include <cstring>
+#include <mutex>
 
 #include "oru/file.h"
 #include "oru/l10n.h"
@@ -38,22 +40,29 @@ struct oru_catalog_node {
   unsigned char* image;  // null: the catalog does not exist
 };
 
-oruOnce g_once = ORU_ONCE_INIT;
-bool g_ready = false;
+std::mutex g_setUpLock;  // guards the set-up until it has succeeded
+std::atomic<bool> g_ready{false};
+bool g_haveDomainKey = false;
 oruTlsKey g_domainKey;
 oruMutex g_catalogMutex = nullptr;
 oruMutex g_bindingMutex = nullptr;
 oru_binding* g_bindings = nullptr;
 oru_catalog_node* g_cache[kBuckets];
 
-void oru_catalog_init() {
-  if (oruTlsKeyCreate(&g_domainKey, oruFree) != ORU_OK) return;
-  if (oruMutexInit(&g_catalogMutex) != ORU_OK) return;
-  if (oruMutexInit(&g_bindingMutex) != ORU_OK) return;
-  g_ready = true;
+// Makes the key and the two mutexes on first use.  A piece that cannot be
+// made (out of memory) is tried again on the next call rather than leaving
+// the catalogs unusable for good.
+bool ready() {
+  if (g_ready.load(std::memory_order_acquire)) return true;
+  std::lock_guard<std::mutex> guard(g_setUpLock);
+  if (g_ready.load(std::memory_order_relaxed)) return true;
+  if (!g_haveDomainKey) g_haveDomainKey = oruTlsKeyCreate(&g_domainKey, oruFree) == ORU_OK;
+  if (g_catalogMutex == nullptr) oruMutexInit(&g_catalogMutex);
+  if (g_bindingMutex == nullptr) oruMutexInit(&g_bindingMutex);
+  if (!g_haveDomainKey || g_catalogMutex == nullptr || g_bindingMutex == nullptr) return false;
+  g_ready.store(true, std::memory_order_release);
+  return true;
 }
-
-bool ready() { return oruInitOnce(&g_once, oru_catalog_init) == ORU_OK && g_ready; }
 
 const char* const kCategoryNames[] = {"LC_COLLATE", "LC_CTYPE", "LC_MONETARY",
                                       "LC_NUMERIC", "LC_TIME",  "LC_MESSAGES"};
@@ -65,16 +74,26 @@ oru_binding* find_binding(const char* domain) {
   return nullptr;
 }
 
-// Reads and validates the catalog at path; null when it is missing or bad.
-unsigned char* read_catalog(const char* path) {
+// Reads and validates the catalog at path; null when it is missing or bad,
+// or (with *outOfMemory set) when memory ran out on the way.
+unsigned char* read_catalog(const char* path, bool* outOfMemory) {
   oruFileInfo info{};
   info.mask = ORU_FINFO_BASIC;
-  if (oruGetFileInfo(path, &info) != ORU_OK) return nullptr;
+  oruResult r = oruGetFileInfo(path, &info);
+  if (r != ORU_OK) {
+    *outOfMemory = r == ORU_E_OUT_OF_MEMORY;
+    return nullptr;
+  }
   if (info.size < ORU_CATALOG_MIN_SIZE || info.size > 0xFFFFFFFFu) return nullptr;
   size_t size = static_cast<size_t>(info.size);
   oruFile file = nullptr;
-  if (oruOpenFile(path, ORU_OPEN_READ, &file) != ORU_OK) return nullptr;
+  r = oruOpenFile(path, ORU_OPEN_READ, &file);
+  if (r != ORU_OK) {
+    *outOfMemory = r == ORU_E_OUT_OF_MEMORY;
+    return nullptr;
+  }
   auto* image = static_cast<unsigned char*>(oruMalloc(size));
+  *outOfMemory = image == nullptr;
   size_t got = 0;
   bool ok = image != nullptr && oruRead(file, image, size, &got) == ORU_OK && got == size &&
             oru_catalog_validate(image, size) == nullptr;
@@ -87,8 +106,10 @@ unsigned char* read_catalog(const char* path) {
 }
 
 // Builds the path of a catalog and loads it.  Called with the catalog mutex
-// held; fills *pathOut with an own copy of the path on success.
-unsigned char* load_catalog(const char* locale, int category, const char* domain, char** pathOut) {
+// held; fills *pathOut with an own copy of the path on success.  Sets
+// *outOfMemory when the answer null comes from memory running out.
+unsigned char* load_catalog(const char* locale, int category, const char* domain, char** pathOut,
+                            bool* outOfMemory) {
   if (category < 1 || category > 6) return nullptr;
   char path[kPathSize];
   oruMutexLock(&g_bindingMutex);
@@ -102,10 +123,11 @@ unsigned char* load_catalog(const char* locale, int category, const char* domain
   }
   oruMutexUnlock(&g_bindingMutex);
   if (n < 0 || static_cast<size_t>(n) >= kPathSize) return nullptr;
-  unsigned char* image = read_catalog(path);
+  unsigned char* image = read_catalog(path, outOfMemory);
   if (image == nullptr) return nullptr;
   *pathOut = oruStrDup(path);
   if (*pathOut == nullptr) {
+    *outOfMemory = true;
     oruFree(image);
     return nullptr;
   }
@@ -129,7 +151,13 @@ const unsigned char* find_catalog(const char* locale, int category, const char* 
     }
   }
   char* path = nullptr;
-  unsigned char* image = load_catalog(locale, category, domain, &path);
+  bool outOfMemory = false;
+  unsigned char* image = load_catalog(locale, category, domain, &path, &outOfMemory);
+  if (outOfMemory) {
+    // Not remembered as missing: the next lookup tries again.
+    oruMutexUnlock(&g_catalogMutex);
+    return nullptr;
+  }
   auto* node = static_cast<oru_catalog_node*>(oruMalloc(sizeof(oru_catalog_node)));
   char* localeCopy = oruStrDup(locale);
   char* domainCopy = oruStrDup(domain);

@@ -2,8 +2,10 @@
 // listing modules: the parts common to every platform.
 
 #include "core/oru_internal.h"
+#include "oru/thread.h"
 #include "system/oru_module_internal.h"
 
+#include <atomic>
 #include <cstdlib>
 #include <cstring>
 #include <mutex>
@@ -15,27 +17,48 @@ namespace {
 using namespace oru::module;
 
 // The calling thread's last failure text, in a buffer of its own allocated
-// at the thread's first failure.  Only a pointer lives in thread-local
-// storage: the library's thread-local block is static (initial-exec), and
-// the space the loader keeps for such blocks of objects loaded later is
-// small.
+// at the thread's first failure and freed at its end by a key's destructor.
+// Not a thread_local object with a destructor: glibc ends the process when
+// it cannot allocate the registration of such a destructor, and the static
+// thread-local space of a library loaded later is small anyway.
 constexpr size_t kErrorTextSize = 1024;
 
-struct error_text {
-  char* text = nullptr;
-  ~error_text() { std::free(text); }
-};
+std::mutex g_errorKeyLock;
+std::atomic<bool> g_haveErrorKey{false};
+oruTlsKey g_errorKey;
 
-thread_local error_text t_error;
+// The key, made on first use; false while it cannot be made.
+bool error_key() {
+  if (g_haveErrorKey.load(std::memory_order_acquire)) return true;
+  std::lock_guard<std::mutex> guard(g_errorKeyLock);
+  if (!g_haveErrorKey.load(std::memory_order_relaxed) &&
+      oruTlsKeyCreate(&g_errorKey, oruFree) == ORU_OK) {
+    g_haveErrorKey.store(true, std::memory_order_release);
+  }
+  return g_haveErrorKey.load(std::memory_order_relaxed);
+}
 
 void set_error(const char* text) {
-  if (t_error.text == nullptr) {
-    t_error.text = static_cast<char*>(std::malloc(kErrorTextSize));
-    if (t_error.text == nullptr) return;  // the reason is lost, not the result
+  // Out of memory the reason is lost, not the result.
+  if (!error_key()) return;
+  auto* buffer = static_cast<char*>(oruTlsGet(g_errorKey));
+  if (buffer == nullptr) {
+    buffer = static_cast<char*>(oruMalloc(kErrorTextSize));
+    if (buffer == nullptr) return;
+    if (oruTlsSet(g_errorKey, buffer) != ORU_OK) {
+      oruFree(buffer);
+      return;
+    }
   }
   const size_t length = strnlen(text, kErrorTextSize - 1);
-  std::memcpy(t_error.text, text, length);
-  t_error.text[length] = '\0';
+  std::memcpy(buffer, text, length);
+  buffer[length] = '\0';
+}
+
+const char* error_text() {
+  if (!g_haveErrorKey.load(std::memory_order_acquire)) return "";
+  const auto* buffer = static_cast<const char*>(oruTlsGet(g_errorKey));
+  return buffer != nullptr ? buffer : "";
 }
 
 // Live handles.  A handle is a number that is never reused, so a stale or
@@ -48,8 +71,11 @@ struct registry {
 
 registry& handles() {
   // Never destroyed: handles may still be used by other threads or by
-  // destructors of other static objects at exit.
-  static registry* r = new registry;
+  // destructors of other static objects at exit.  Built in static storage,
+  // not with new: a std::bad_alloc here would escape through the C
+  // interface, which has no try around this call.
+  alignas(registry) static unsigned char storage[sizeof(registry)];
+  static registry* r = new (storage) registry;
   return *r;
 }
 
@@ -168,7 +194,7 @@ ORU_API oruResult oruDsoGetPath(oruDso dso, char* buffer, size_t size) {
   }
 }
 
-ORU_API const char* oruDsoGetErrorText(void) { return t_error.text != nullptr ? t_error.text : ""; }
+ORU_API const char* oruDsoGetErrorText(void) { return error_text(); }
 
 ORU_API oruResult oruSymbolizeAddress(const void* address, oruSymbolInfo** info) {
   if (info == nullptr) return ORU_E_INVALID_ARG;

@@ -65,12 +65,17 @@ Dwfl_Module* module_of(session_cache& c, const module_entry& module) {
   if (c.sessions.size() >= kMaxSessions) c.sessions.clear();
   session& s = c.sessions[key];
   s.dwfl = dwfl_begin(&kCallbacks);
-  if (s.dwfl == nullptr) return nullptr;
-  dwfl_report_begin(s.dwfl);
-  s.module =
-      dwfl_report_elf(s.dwfl, module.path.c_str(), module.path.c_str(), -1, module.bias, true);
-  dwfl_report_end(s.dwfl, nullptr, nullptr);
-  return s.module;
+  if (s.dwfl != nullptr) {
+    dwfl_report_begin(s.dwfl);
+    s.module =
+        dwfl_report_elf(s.dwfl, module.path.c_str(), module.path.c_str(), -1, module.bias, true);
+    dwfl_report_end(s.dwfl, nullptr, nullptr);
+  }
+  // A module that could not be read (memory may have run out) is not
+  // remembered: the next lookup tries again.
+  Dwfl_Module* read = s.module;
+  if (read == nullptr) c.sessions.erase(key);
+  return read;
 }
 
 }  // namespace

@@ -53,12 +53,16 @@ std::atomic<char*> g_programPath{nullptr};
 bool is_size_in_32_bits(size_t size) { return size <= UINT32_MAX; }
 
 // The executable's path in a buffer from oruMalloc that starts at 256 bytes
-// and doubles while the path is cut; null when the system cannot tell.
-char* read_executable_path() {
+// and doubles while the path is cut; null when the system cannot tell, or
+// (with *outOfMemory set) when memory runs out.
+char* read_executable_path(bool* outOfMemory) {
   uint32_t size = 256;
   for (;;) {
     char* buf = static_cast<char*>(oruMalloc(size));
-    if (buf == nullptr) return nullptr;
+    if (buf == nullptr) {
+      *outOfMemory = true;
+      return nullptr;
+    }
     uint32_t length = executable_path(buf, size);
     if (length == 0) {
       oruFree(buf);
@@ -150,7 +154,10 @@ ORU_API int oruGetSystemType(void) {
 
 ORU_API const char* oruGetProgramName(void) {
   if (char* cached = g_programName.load(std::memory_order_acquire)) return cached;
-  char* answer = read_executable_path();
+  bool outOfMemory = false;
+  char* answer = read_executable_path(&outOfMemory);
+  // Out of memory is no answer to keep: the next call asks again.
+  if (outOfMemory) return kUnknownProgram;
   if (answer == nullptr) {
     answer = kUnknownProgram;
   } else {
@@ -165,7 +172,8 @@ ORU_API const char* oruGetProgramPath(void) {
   if (char* cached = g_programPath.load(std::memory_order_acquire)) return cached;
   // The system's record is already the full path: there is no short form to
   // expand here.
-  char* answer = read_executable_path();
+  bool outOfMemory = false;
+  char* answer = read_executable_path(&outOfMemory);
   if (answer == nullptr) return nullptr;
   return install(g_programPath, shrink(answer));
 }

@@ -22,15 +22,18 @@ oruResult copy_name(const char* name, char* out) {
   return ORU_OK;
 }
 
-// Whether the local account file lists `name` with user id `uid`.
-bool is_local_account(const char* name, uid_t uid) {
+// Whether the local account file lists `name` with user id `uid`, in
+// *found.  A file that cannot be read counts as not listing it, unless
+// memory ran out: that is reported, not taken for an answer.
+oruResult is_local_account(const char* name, uid_t uid, bool* found) {
+  *found = false;
   FILE* file = std::fopen("/etc/passwd", "re");
-  if (file == nullptr) return false;
+  if (file == nullptr) return errno == ENOMEM ? ORU_E_OUT_OF_MEMORY : ORU_OK;
   const size_t nameLength = std::strlen(name);
   char* line = nullptr;
   size_t capacity = 0;
-  bool found = false;
-  while (!found && getline(&line, &capacity, file) >= 0) {
+  errno = 0;
+  while (!*found && getline(&line, &capacity, file) >= 0) {
     // name:password:uid:...
     if (std::strncmp(line, name, nameLength) != 0 || line[nameLength] != ':') continue;
     const char* uidField = std::strchr(line + nameLength + 1, ':');
@@ -38,11 +41,12 @@ bool is_local_account(const char* name, uid_t uid) {
     char* end = nullptr;
     errno = 0;
     unsigned long value = std::strtoul(uidField + 1, &end, 10);
-    found = errno == 0 && end != uidField + 1 && *end == ':' && value == uid;
+    *found = errno == 0 && end != uidField + 1 && *end == ':' && value == uid;
   }
+  const bool outOfMemory = !*found && errno == ENOMEM;
   std::free(line);
   std::fclose(file);
-  return found;
+  return outOfMemory ? ORU_E_OUT_OF_MEMORY : ORU_OK;
 }
 
 }  // namespace
@@ -84,7 +88,9 @@ oruResult with_effective_account(account_callback callback, void* context) {
     } else if (found == nullptr || entry.pw_name == nullptr) {
       r = ORU_E_UNKNOWN_USER;
     } else {
-      r = callback(entry.pw_name, is_local_account(entry.pw_name, uid), context);
+      bool local = false;
+      r = is_local_account(entry.pw_name, uid, &local);
+      if (ORU_SUCCEEDED(r)) r = callback(entry.pw_name, local, context);
     }
     oruFree(storage);
     return r;

@@ -52,6 +52,7 @@ ORU_API oruResult oruOpenTextCodec(const char* fromName, const char* toName,
   oru_iconv_t cd = nullptr;
   int err = oru_iconv_open(toIconv, fromIconv, &cd);
   if (err == EINVAL) return ORU_E_NOT_SUPPORTED;
+  if (err == ENOMEM) return ORU_E_OUT_OF_MEMORY;
   if (err != 0) return static_cast<oruResult>(0x96220000u | static_cast<uint32_t>(err));
   auto* codec = static_cast<oruTextCodecObject*>(oruCalloc(1, sizeof(oruTextCodecObject)));
   if (codec == nullptr) {

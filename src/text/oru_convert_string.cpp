@@ -10,7 +10,9 @@
 #include "oru/text.h"
 #include "oru/thread.h"
 
+#include <atomic>
 #include <cstring>
+#include <mutex>
 
 namespace {
 
@@ -33,10 +35,19 @@ struct CodecCache {
 };
 
 CodecCache cache;
-oruOnce cacheOnce = nullptr;
-oruResult cacheInitResult = ORU_OK;
+std::mutex cacheSetUpLock;  // guards the making of cache.mutex
+std::atomic<bool> cacheReady{false};
 
-void init_cache() { cacheInitResult = oruMutexInit(&cache.mutex); }
+// Makes the cache's mutex on first use; when that fails (out of memory) the
+// failure is reported and the next call tries again.
+oruResult prepare_cache() {
+  if (cacheReady.load(std::memory_order_acquire)) return ORU_OK;
+  std::lock_guard<std::mutex> guard(cacheSetUpLock);
+  if (cacheReady.load(std::memory_order_relaxed)) return ORU_OK;
+  oruResult r = oruMutexInit(&cache.mutex);
+  if (ORU_SUCCEEDED(r)) cacheReady.store(true, std::memory_order_release);
+  return r;
+}
 
 uint32_t lower_ascii(unsigned char c) { return c >= 'A' && c <= 'Z' ? c + ('a' - 'A') : c; }
 
@@ -189,9 +200,8 @@ ORU_API oruResult oruConvertString(const void* src, size_t srcLen, const char* f
     return ORU_OK;
   }
 
-  oruResult r = oruInitOnce(&cacheOnce, init_cache);
+  oruResult r = prepare_cache();
   if (ORU_FAILED(r)) return r;
-  if (ORU_FAILED(cacheInitResult)) return cacheInitResult;
   r = oruMutexLock(&cache.mutex);
   if (ORU_FAILED(r)) return r;
 

@@ -214,31 +214,31 @@ ORU_API uint32_t oruUniCharToTitle(uint32_t c) {
 }
 
 ORU_API uint32_t* oruUCS4ToLower(const uint32_t* s, uint32_t len, uint32_t* outLen) {
-  return map_ucs4(kLowerTable, s, len, outLen);
+  return unless_out_of_memory<uint32_t*>([&] { return map_ucs4(kLowerTable, s, len, outLen); });
 }
 ORU_API uint32_t* oruUCS4ToUpper(const uint32_t* s, uint32_t len, uint32_t* outLen) {
-  return map_ucs4(kUpperTable, s, len, outLen);
+  return unless_out_of_memory<uint32_t*>([&] { return map_ucs4(kUpperTable, s, len, outLen); });
 }
 ORU_API uint32_t* oruUCS4Casefold(const uint32_t* s, uint32_t len, uint32_t* outLen) {
-  return map_ucs4(kFoldTable, s, len, outLen);
+  return unless_out_of_memory<uint32_t*>([&] { return map_ucs4(kFoldTable, s, len, outLen); });
 }
 ORU_API uint16_t* oruUTF16ToLower(const uint16_t* s, uint32_t len, uint32_t* outLen) {
-  return map_utf16(kLowerTable, s, len, outLen);
+  return unless_out_of_memory<uint16_t*>([&] { return map_utf16(kLowerTable, s, len, outLen); });
 }
 ORU_API uint16_t* oruUTF16ToUpper(const uint16_t* s, uint32_t len, uint32_t* outLen) {
-  return map_utf16(kUpperTable, s, len, outLen);
+  return unless_out_of_memory<uint16_t*>([&] { return map_utf16(kUpperTable, s, len, outLen); });
 }
 ORU_API uint16_t* oruUTF16Casefold(const uint16_t* s, uint32_t len, uint32_t* outLen) {
-  return map_utf16(kFoldTable, s, len, outLen);
+  return unless_out_of_memory<uint16_t*>([&] { return map_utf16(kFoldTable, s, len, outLen); });
 }
 ORU_API char* oruUTF8ToLower(const char* s, int32_t len, uint32_t* outLen) {
-  return map_utf8(kLowerTable, s, len, outLen);
+  return unless_out_of_memory<char*>([&] { return map_utf8(kLowerTable, s, len, outLen); });
 }
 ORU_API char* oruUTF8ToUpper(const char* s, int32_t len, uint32_t* outLen) {
-  return map_utf8(kUpperTable, s, len, outLen);
+  return unless_out_of_memory<char*>([&] { return map_utf8(kUpperTable, s, len, outLen); });
 }
 ORU_API char* oruUTF8Casefold(const char* s, int32_t len, uint32_t* outLen) {
-  return map_utf8(kFoldTable, s, len, outLen);
+  return unless_out_of_memory<char*>([&] { return map_utf8(kFoldTable, s, len, outLen); });
 }
 
 }  // extern "C"

@@ -22,8 +22,10 @@ constexpr uint32_t kSCount = kLCount * kNCount;
 
 constexpr uint32_t kComposeBit = 2, kCompatBit = 1;
 
-// Appends the full decomposition of c to out.
-void decompose(uint32_t c, bool canonical_only, std::vector<uint32_t>& out) {
+// Appends the full decomposition of c to out (a vector, or the fixed buffer
+// below).
+template <class Out>
+void decompose(uint32_t c, bool canonical_only, Out& out) {
   if (c - kSBase < kSCount) {
     const uint32_t s = c - kSBase;
     out.push_back(kLBase + s / kNCount);
@@ -44,6 +46,20 @@ void decompose(uint32_t c, bool canonical_only, std::vector<uint32_t>& out) {
     decompose(d, canonical_only, out);
   }
 }
+
+// The decomposition of one character, without allocating: no full
+// decomposition is longer than 18 code points (U+FDFA), and none may grow.
+struct OneDecomposition {
+  uint32_t items[32];
+  size_t count = 0;
+  void push_back(uint32_t c) {
+    if (count < std::size(items)) items[count++] = c;
+  }
+  size_t size() const { return count; }
+  const uint32_t* data() const { return items; }
+  const uint32_t* begin() const { return items; }
+  const uint32_t* end() const { return items + count; }
+};
 
 // Canonical composition in place; returns the new length.
 size_t compose(uint32_t* s, size_t n) {
@@ -197,7 +213,7 @@ char* normalize_utf8(const char* src, size_t n, uint32_t form, uint32_t* outLen)
 extern "C" {
 
 ORU_API uint32_t oruUCS4Decompose(uint32_t c, int canonicalOnly, uint32_t* out, uint32_t capacity) {
-  std::vector<uint32_t> d;
+  OneDecomposition d;
   decompose(c, canonicalOnly != 0, d);
   // A Hangul syllable is written whole or not at all; a table decomposition
   // as far as it fits.
@@ -210,7 +226,7 @@ ORU_API uint32_t oruUCS4Decompose(uint32_t c, int canonicalOnly, uint32_t* out, 
 
 ORU_API uint32_t oruUTF16Decompose(uint32_t c, int canonicalOnly, uint16_t* out,
                                    uint32_t capacity) {
-  std::vector<uint32_t> d;
+  OneDecomposition d;
   decompose(c, canonicalOnly != 0, d);
   uint16_t* p = out;
   size_t total = 0;
@@ -231,22 +247,26 @@ ORU_API uint32_t oruUTF16Decompose(uint32_t c, int canonicalOnly, uint16_t* out,
 }
 
 ORU_API uint32_t oruUTF8Decompose(uint32_t c, int canonicalOnly, char* out, uint32_t capacity) {
-  std::vector<uint32_t> d;
+  OneDecomposition d;
   decompose(c, canonicalOnly != 0, d);
-  std::string enc;
-  append_utf8(enc, d.data(), d.size());
-  // Whole characters only: a sequence that does not fit is not started.
+  // Character by character: one encoded character fits in a std::string's
+  // inline storage, so nothing is allocated.  Whole characters only: a
+  // sequence that does not fit is not started, nor is any after it.
+  size_t total = 0;
   size_t written = 0;
-  if (out) {
-    for (size_t k = 0; k < enc.size();) {
-      const size_t len = utf8_seq_len(static_cast<unsigned char>(enc[k]));
-      if (written + len > capacity) break;
-      std::memcpy(out + written, enc.data() + k, len);
-      written += len;
-      k += len;
+  bool room = out != nullptr;
+  for (uint32_t cp : d) {
+    std::string enc;
+    append_utf8(enc, &cp, 1);
+    if (room && written + enc.size() <= capacity) {
+      std::memcpy(out + written, enc.data(), enc.size());
+      written += enc.size();
+    } else {
+      room = false;
     }
+    total += enc.size();
   }
-  return static_cast<uint32_t>(enc.size());
+  return static_cast<uint32_t>(total);
 }
 
 ORU_API void oruUCS4CanonicalOrdering(uint32_t* s, uint32_t n) {
@@ -256,9 +276,14 @@ ORU_API void oruUCS4CanonicalOrdering(uint32_t* s, uint32_t n) {
 ORU_API void oruUTF16CanonicalOrdering(uint16_t* s, uint32_t n) {
   if (!s || n < 2) return;
   // Unpaired surrogates keep their value (class 0, so they never move), and
-  // reordering moves whole characters: the units fit back in place.
+  // reordering moves whole characters: the units fit back in place.  When
+  // memory for the decoded copy runs out the text is left as it is.
   std::vector<uint32_t> d;
-  decode_utf16_raw(s, n, d);
+  try {
+    decode_utf16_raw(s, n, d);
+  } catch (const std::bad_alloc&) {
+    return;
+  }
   canonical_order(d.data(), d.size());
   uint16_t* p = s;
   for (uint32_t cp : d) {
@@ -280,49 +305,59 @@ ORU_API void oruUTF8CanonicalOrdering(char* s, int32_t len) {
   std::vector<uint32_t> d;
   std::string enc;
   size_t i = 0;
-  while (i < n) {
-    size_t j = i;
-    while (j < n) {
-      const size_t step = utf8_sequence(b, n, j);
-      if (step == 0) break;
-      j += step;
+  // When memory for the work runs out, the stretches not yet reached are
+  // left as they are (each stretch is written back whole or not at all).
+  unless_out_of_memory<bool>([&] {
+    while (i < n) {
+      size_t j = i;
+      while (j < n) {
+        const size_t step = utf8_sequence(b, n, j);
+        if (step == 0) break;
+        j += step;
+      }
+      if (j - i > 2) {
+        decode_utf8(s + i, j - i, d);
+        canonical_order(d.data(), d.size());
+        enc.clear();
+        append_utf8(enc, d.data(), d.size());
+        std::memcpy(s + i, enc.data(), j - i);
+      }
+      i = j + 1;
     }
-    if (j - i > 2) {
-      decode_utf8(s + i, j - i, d);
-      canonical_order(d.data(), d.size());
-      enc.clear();
-      append_utf8(enc, d.data(), d.size());
-      std::memcpy(s + i, enc.data(), j - i);
-    }
-    i = j + 1;
-  }
+    return true;
+  });
 }
 
 ORU_API uint32_t* oruUCS4Normalize(const uint32_t* s, uint32_t len, uint32_t form,
                                    uint32_t* outLen) {
   if (outLen) *outLen = 0;
   if (!s || len == 0) return nullptr;
-  std::vector<uint32_t> out;
-  out.reserve(len + 4 + len / 4);
-  normalize_into(s, len, form & 3, out);
-  return copy_ucs4(out.data(), out.size(), outLen);
+  return unless_out_of_memory<uint32_t*>([&] {
+    std::vector<uint32_t> out;
+    out.reserve(len + 4 + len / 4);
+    normalize_into(s, len, form & 3, out);
+    return copy_ucs4(out.data(), out.size(), outLen);
+  });
 }
 
 ORU_API uint16_t* oruUTF16Normalize(const uint16_t* s, uint32_t len, uint32_t form,
                                     uint32_t* outLen) {
   if (outLen) *outLen = 0;
   if (!s || len == 0) return nullptr;
-  std::vector<uint32_t> in, out;
-  decode_utf16(s, len, in);
-  out.reserve(in.size() + 4 + in.size() / 4);
-  normalize_into(in.data(), in.size(), form & 3, out);
-  return encode_utf16(out.data(), out.size(), outLen);
+  return unless_out_of_memory<uint16_t*>([&] {
+    std::vector<uint32_t> in, out;
+    decode_utf16(s, len, in);
+    out.reserve(in.size() + 4 + in.size() / 4);
+    normalize_into(in.data(), in.size(), form & 3, out);
+    return encode_utf16(out.data(), out.size(), outLen);
+  });
 }
 
 ORU_API char* oruUTF8Normalize(const char* s, int32_t len, uint32_t form, uint32_t* outLen) {
   if (outLen) *outLen = 0;
   if (!s) return nullptr;
-  return normalize_utf8(s, utf8_length(s, len), form & 3, outLen);
+  return unless_out_of_memory<char*>(
+      [&] { return normalize_utf8(s, utf8_length(s, len), form & 3, outLen); });
 }
 
 }  // extern "C"

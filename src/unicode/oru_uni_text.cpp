@@ -85,41 +85,6 @@ uint32_t scalar_or_replacement(uint32_t c) noexcept {
 }
 }  // namespace
 
-char* encode_utf8(const uint32_t* s, size_t n, uint32_t* outLen) {
-  size_t size = 0;
-  for (size_t i = 0; i < n; ++i) {
-    const uint32_t c = scalar_or_replacement(s[i]);
-    size += c < 0x80 ? 1 : c < 0x800 ? 2 : c < 0x10000 ? 3 : 4;
-  }
-  auto* out = static_cast<unsigned char*>(oruMalloc(size + 1));
-  if (!out) {
-    if (outLen) *outLen = 0;
-    return nullptr;
-  }
-  unsigned char* p = out;
-  for (size_t i = 0; i < n; ++i) {
-    const uint32_t c = scalar_or_replacement(s[i]);
-    if (c < 0x80) {
-      *p++ = static_cast<unsigned char>(c);
-    } else if (c < 0x800) {
-      *p++ = static_cast<unsigned char>(0xC0 | c >> 6);
-      *p++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
-    } else if (c < 0x10000) {
-      *p++ = static_cast<unsigned char>(0xE0 | c >> 12);
-      *p++ = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
-      *p++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
-    } else {
-      *p++ = static_cast<unsigned char>(0xF0 | c >> 18);
-      *p++ = static_cast<unsigned char>(0x80 | ((c >> 12) & 0x3F));
-      *p++ = static_cast<unsigned char>(0x80 | ((c >> 6) & 0x3F));
-      *p++ = static_cast<unsigned char>(0x80 | (c & 0x3F));
-    }
-  }
-  *p = 0;
-  if (outLen) *outLen = static_cast<uint32_t>(size);
-  return reinterpret_cast<char*>(out);
-}
-
 uint16_t* encode_utf16(const uint32_t* s, size_t n, uint32_t* outLen) {
   size_t size = 0;
   for (size_t i = 0; i < n; ++i) size += scalar_or_replacement(s[i]) < 0x10000 ? 1 : 2;

@@ -8,12 +8,25 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <new>
 #include <string>
 #include <vector>
 
 namespace oru::unicode {
 
 constexpr uint32_t kReplacementChar = 0xFFFD;
+
+// Runs fn() and gives `failed` instead when memory runs out: the working
+// vectors and strings throw std::bad_alloc, which must not cross the C
+// interface.
+template <class T, class Fn>
+T unless_out_of_memory(Fn&& fn, T failed = T{}) noexcept {
+  try {
+    return fn();
+  } catch (const std::bad_alloc&) {
+    return failed;
+  }
+}
 
 // The length of the well-formed sequence at s[i] (i < n), or 0.  Unlike the
 // validation functions this accepts noncharacters: they are well-formed text
@@ -25,10 +38,9 @@ void decode_utf16(const uint16_t* s, size_t n, std::vector<uint32_t>& out);
 // As decode_utf16, but an unpaired surrogate stays its own value.
 void decode_utf16_raw(const uint16_t* s, size_t n, std::vector<uint32_t>& out);
 
-// New oruMalloc arrays holding the encoded text; the UTF-8 one NUL-terminated.
-// Values that are not scalar values (UCS-4 input above U+10FFFF) are written
-// as U+FFFD.  *outLen receives the length in bytes or units.
-char* encode_utf8(const uint32_t* s, size_t n, uint32_t* outLen);
+// A new oruMalloc array holding the text in UTF-16.  Values that are not
+// scalar values (UCS-4 input above U+10FFFF) are written as U+FFFD.
+// *outLen receives the length in units.
 uint16_t* encode_utf16(const uint32_t* s, size_t n, uint32_t* outLen);
 // Appends s[0..n) to out in UTF-8, noncharacters included.
 void append_utf8(std::string& out, const uint32_t* s, size_t n);

@@ -365,3 +365,74 @@ TEST_F(Flags, EveryBitPatternIsAValidInput) {
 }
 
 }  // namespace
+
+namespace {
+
+// Integers into decimal32: seven digits, rounded half to even, inexact
+// when digits are dropped.  The expected values are the integers rounded by
+// hand; decimal64 (exact for them) reads them back.
+TEST(Dec32FromIntegers, RoundToSevenDigits) {
+  const struct {
+    int64_t in;
+    int64_t out;
+    bool inexact;
+  } signedCases[] = {
+      {0, 0, false},
+      {-1, -1, false},
+      {9999999, 9999999, false},
+      {10000001, 10000000, true},
+      {12345675, 12345680, true},  // a tie goes to the even digit
+      {12345665, 12345660, true},
+      {2147483647, 2147484000, true},
+      {-2147483648LL, -2147484000, true},
+      {INT64_MAX, 9223372000000000000LL, true},
+  };
+  for (const auto& c : signedCases) {
+    oruDecLowerFlags(31);
+    oruDec32 x = oruDec32FromInt64(c.in);
+    EXPECT_EQ(oruDec64ToInt64(oruDec32ToDec64(x)), c.out) << c.in;
+    EXPECT_EQ(oruDecTestFlags(ORU_DEC_INEXACT) != 0, c.inexact) << c.in;
+    if (c.in >= INT32_MIN && c.in <= INT32_MAX) {
+      oruDecLowerFlags(31);
+      oruDec32 y = oruDec32FromInt32(static_cast<int32_t>(c.in));
+      EXPECT_EQ(oruDec64ToInt64(oruDec32ToDec64(y)), c.out) << c.in;
+      EXPECT_EQ(oruDecTestFlags(ORU_DEC_INEXACT) != 0, c.inexact) << c.in;
+    }
+  }
+  EXPECT_EQ(oruDec64ToUInt64(oruDec32ToDec64(oruDec32FromUInt32(4294967295u))), 4294967000u);
+  EXPECT_EQ(oruDec64ToUInt64(oruDec32ToDec64(oruDec32FromUInt64(UINT64_MAX))),
+            18446740000000000000u);
+  EXPECT_EQ(oruDec64ToUInt64(oruDec32ToDec64(oruDec32FromUInt64(7))), 7u);
+}
+
+TEST(Classification, FiniteNormalSubnormal) {
+  const struct {
+    oruDec64 x;
+    int finite, normal, subnormal;
+  } cases64[] = {
+      {oruDEC64_MAX, 1, 1, 0},         {oruDEC64_SUBNORMAL_MIN, 1, 0, 1},
+      {oruDec64FromInt32(0), 1, 0, 0}, {oruDEC64_INFINITY, 0, 0, 0},
+      {oruDEC64_QUIET_NAN, 0, 0, 0},
+  };
+  for (const auto& c : cases64) {
+    EXPECT_EQ(oruDec64IsFinite(c.x) != 0, c.finite != 0);
+    EXPECT_EQ(oruDec64IsNormal(c.x) != 0, c.normal != 0);
+    EXPECT_EQ(oruDec64IsSubnormal(c.x) != 0, c.subnormal != 0);
+  }
+  const struct {
+    const oruDec128* x;
+    int finite, normal, subnormal;
+  } cases128[] = {
+      {&oruDEC128_MAX, 1, 1, 0},
+      {&oruDEC128_SUBNORMAL_MIN, 1, 0, 1},
+      {&oruDEC128_INFINITY, 0, 0, 0},
+      {&oruDEC128_SIGNALING_NAN, 0, 0, 0},
+  };
+  for (const auto& c : cases128) {
+    EXPECT_EQ(oruDec128IsFinite(c.x) != 0, c.finite != 0);
+    EXPECT_EQ(oruDec128IsNormal(c.x) != 0, c.normal != 0);
+    EXPECT_EQ(oruDec128IsSubnormal(c.x) != 0, c.subnormal != 0);
+  }
+}
+
+}  // namespace

@@ -115,12 +115,45 @@ TEST(CatalogPo, Errors) {
       {"msgid \"a\"\nmsgstr \"\\xff\"\n", "t.po:2: translation cannot be converted"},
       {"msgid \"\"\nmsgstr \"Content-Type: text/plain; charset=NO-SUCH\\n\"\n",
        "t.po:2: unknown charset"},
+      {"msgid \"a\"\nmsgstr \"\\777\"\n", "t.po:2: octal escape out of range"},
+      {"msgid \"a\"\nmsgstr \"\\x\"\n", "t.po:2: invalid escape sequence \\x without digits"},
+      {"msgid \"a\\", "t.po:1: unterminated string"},
+      {"msgid_plural \"x\"\n", "t.po:1: msgid_plural without a msgid"},
+      {"msgid \"a\"\nmsgid_plural \"b\"\nmsgstr[x] \"c\"\n",
+       "t.po:3: bad plural index in msgstr[x]"},
+      {"msgid \"a\"\nmsgid_plural \"b\"\nmsgstr[12345] \"c\"\n", "t.po:3: bad plural index"},
+      {"msgid \"a\"\nmsgid_plural \"b\"\nmsgstr[0] \"c\"\nmsgstr[2] \"d\"\n",
+       "t.po:4: plural forms not numbered"},
+      {"msgid \"a\"\nmsgstr \"b\"\nmsgstr \"c\"\n", "t.po:3: msgstr without a msgid"},
+      {"#~ \"orphan\"\n", "t.po:1: string without a keyword"},
+      {"msgid \"a\"\nmsgstr \"b\"\n#~ msgid \"c\"\n\"d\"\n", "t.po:4: string without a keyword"},
+      {"= \"x\"\n", "t.po:1: syntax error"},
   };
   for (const bad& c : cases) {
     std::string bytes, error;
     EXPECT_FALSE(compile(c.po, bytes, error)) << c.po;
     EXPECT_EQ(error.rfind(c.error, 0), 0u) << c.po << "\n -> " << error;
   }
+}
+
+TEST(CatalogPo, ObsoleteEntriesCommentsAndMarks) {
+  // A byte-order mark, comments of every kind, flags around "fuzzy" and
+  // obsolete entries (continued over several lines): only the live,
+  // translated entries remain.
+  std::string po = std::string("\xEF\xBB\xBF") + kHeader +
+                   "# translator\n#. extracted\n#: ref.c:1\n#| msgid \"old\"\n"
+                   "#, c-format,  fuzzy , no-wrap\nmsgid \"fz\"\nmsgstr \"F\"\n\n"
+                   "#, c-format\nmsgid \"live\"\nmsgstr \"L\\x41\\101\\a\\b\\f\\v\\r\\?\\'\"\n\n"
+                   "#~ msgid \"gone\"\n#~ msgstr \"G\"\n#~ \"more\"\n#~| msgid \"x\"\n"
+                   "msgid \"after\"\nmsgstr \"A\"\n";
+  std::string bytes, error;
+  ASSERT_TRUE(compile(po, bytes, error)) << error;
+  image catalog(bytes);
+  ASSERT_TRUE(catalog.valid());
+  EXPECT_EQ(catalog["live"], "LAA\a\b\f\v\r?'");
+  EXPECT_EQ(catalog["after"], "A");
+  EXPECT_EQ(catalog["gone"], "<none>");
+  EXPECT_EQ(catalog["fz"], "<none>");  // fuzzy translations are left out, as msgfmt does
 }
 
 TEST(CatalogPo, CharsetConversion) {

@@ -105,6 +105,30 @@ TEST(LocaleParams, DerivedFromTheEnvironment) {
        "en||||UTF-8|UTF-8|UTF-8|en||UTF-8|UTF-8|UTF-8|"},
       {nullptr, nullptr, "de_CH.ISO-8859-1", nullptr,
        "de||CH||ISO-8859-1|ISO-8859-1|ISO-8859-1|de|CH|ISO-8859-1|ISO-8859-1|ISO-8859-1|"},
+      // Code page numbers, bare and after "cp"; codesets nothing resolves.
+      {nullptr, nullptr, "xx_YY.1252", nullptr,
+       "xx||YY||windows-1252|windows-1252|windows-1252|xx|YY|windows-1252|windows-1252|windows-"
+       "1252|"},
+      {nullptr, nullptr, "en_US.cp1251", nullptr,
+       "en||US||windows-1251|windows-1251|windows-1251|en|US|windows-1251|windows-1251|windows-"
+       "1251|"},
+      {nullptr, nullptr, "en_US.CPxx", nullptr,
+       "en||US||US-ASCII|US-ASCII|US-ASCII|en|US|US-ASCII|US-ASCII|US-ASCII|"},
+      {nullptr, nullptr, "en_US.-", nullptr,
+       "en||US||US-ASCII|US-ASCII|US-ASCII|en|US|US-ASCII|US-ASCII|US-ASCII|"},
+      // Letters in either case; names that are not two letters.
+      {nullptr, nullptr, "DE_ch.UTF-8", nullptr,
+       "de||CH||UTF-8|UTF-8|UTF-8|de|CH|UTF-8|UTF-8|UTF-8|"},
+      {nullptr, nullptr, "de_CHE.UTF-8", nullptr, "de||||UTF-8|UTF-8|UTF-8|de||UTF-8|UTF-8|UTF-8|"},
+      {nullptr, nullptr, "d1_CH.UTF-8", nullptr,
+       "en||CH||UTF-8|UTF-8|UTF-8|en|CH|UTF-8|UTF-8|UTF-8|"},
+      {nullptr, nullptr, "de.UTF-8@x_CH", nullptr,
+       "de||||UTF-8|UTF-8|UTF-8|de||UTF-8|UTF-8|UTF-8|"},
+      // No codeset: the C library's for that locale, none for one it lacks.
+      {nullptr, nullptr, "xx_YY", nullptr,
+       "xx||YY||US-ASCII|US-ASCII|US-ASCII|xx|YY|US-ASCII|US-ASCII|US-ASCII|"},
+      {nullptr, nullptr, "POSIX", nullptr,
+       "en||||US-ASCII|US-ASCII|US-ASCII|en||US-ASCII|US-ASCII|US-ASCII|"},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(in_child(c.lcAll, c.lcCtype, c.lang, c.runtime), c.expect)

@@ -3,6 +3,8 @@
 // locale's language, and the empty and ill-formed input rules.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include <map>
 #include <string>
 #include <vector>
@@ -240,6 +242,74 @@ TEST_F(CaseTest, EmptyNullAndIllFormedInput) {
   EXPECT_STREQ(t, "abc\xC3\xA9");
   EXPECT_EQ(n, 5u);
   oruFree(t);
+}
+
+}  // namespace
+
+namespace {
+
+// The edges every string function shares: null and empty input, a null
+// length pointer, values above U+10FFFF, and outputs too small for a whole
+// decomposition.
+TEST(CaseAndNormalizationEdges, NullEmptyAndOutOfRange) {
+  uint32_t len = 99;
+  const uint32_t u32[] = {0x110000, 'A'};
+  const uint16_t u16[] = {'A'};
+  EXPECT_EQ(oruUCS4ToLower(nullptr, 1, &len), nullptr);
+  EXPECT_EQ(len, 0u);
+  EXPECT_EQ(oruUCS4ToUpper(u32, 0, nullptr), nullptr);
+  EXPECT_EQ(oruUTF16Casefold(nullptr, 1, nullptr), nullptr);
+  EXPECT_EQ(oruUTF16ToLower(u16, 0, &len), nullptr);
+  EXPECT_EQ(oruUCS4Normalize(nullptr, 1, ORU_NFC, &len), nullptr);
+  EXPECT_EQ(oruUCS4Normalize(u32, 0, ORU_NFC, nullptr), nullptr);
+  EXPECT_EQ(oruUTF16Normalize(nullptr, 1, ORU_NFD, nullptr), nullptr);
+  EXPECT_EQ(oruUTF16Normalize(u16, 0, ORU_NFD, &len), nullptr);
+  EXPECT_EQ(oruUTF8Normalize(nullptr, -1, ORU_NFD, &len), nullptr);
+  char* empty = oruUTF8Normalize("", -1, ORU_NFKC, nullptr);
+  ASSERT_NE(empty, nullptr);
+  EXPECT_STREQ(empty, "");
+  oruFree(empty);
+  // Above U+10FFFF: unchanged by the simple and the full mappings.
+  EXPECT_EQ(oruUniCharToLower(0x110000), 0x110000u);
+  EXPECT_EQ(oruUniCharToUpper(0x7FFFFFFF), 0x7FFFFFFFu);
+  EXPECT_EQ(oruUniCharToTitle(0x110001), 0x110001u);
+  uint32_t* mapped = oruUCS4ToLower(u32, 2, &len);
+  ASSERT_NE(mapped, nullptr);
+  ASSERT_EQ(len, 2u);
+  EXPECT_EQ(mapped[0], 0x110000u);
+  EXPECT_EQ(mapped[1], static_cast<uint32_t>('a'));
+  oruFree(mapped);
+}
+
+TEST(CaseAndNormalizationEdges, DecompositionIntoSmallOutputs) {
+  // U+AC01 (Hangul, three jamo) is written whole or not at all; U+1E0A
+  // (D + dot above) as far as whole characters fit.
+  uint32_t u32[4] = {0, 0, 0, 0};
+  EXPECT_EQ(oruUCS4Decompose(0xAC01, 1, u32, 2), 3u);
+  EXPECT_EQ(u32[0], 0u);
+  EXPECT_EQ(oruUCS4Decompose(0x1E0A, 1, u32, 1), 2u);
+  EXPECT_EQ(u32[0], static_cast<uint32_t>('D'));
+  EXPECT_EQ(oruUCS4Decompose(0x1E0A, 1, nullptr, 0), 2u);
+  uint16_t u16[4] = {0, 0, 0, 0};
+  EXPECT_EQ(oruUTF16Decompose(0x1D15E, 1, u16, 2), 4u);  // two supplementary characters
+  EXPECT_EQ(u16[0], 0xD834u);
+  EXPECT_EQ(oruUTF16Decompose(0x1D15E, 1, nullptr, 0), 4u);
+  char u8[8] = {};
+  EXPECT_EQ(oruUTF8Decompose(0x1E0A, 1, u8, 2), 3u);  // "D" then a two-byte mark
+  EXPECT_STREQ(u8, "D");
+  EXPECT_EQ(oruUTF8Decompose(0x1E0A, 1, nullptr, 0), 3u);
+  // Ordering: nothing to do for null, one unit, or a lone byte.
+  oruUCS4CanonicalOrdering(nullptr, 3);
+  oruUTF16CanonicalOrdering(nullptr, 3);
+  uint16_t one[] = {0x301};
+  oruUTF16CanonicalOrdering(one, 1);
+  EXPECT_EQ(one[0], 0x301u);
+  oruUTF8CanonicalOrdering(nullptr, -1);
+  // An unpaired surrogate stays where it is; marks on either side sort.
+  uint16_t mixed[] = {'a', 0x301, 0x316, 0xD800, 0x301, 0x316};
+  oruUTF16CanonicalOrdering(mixed, 6);
+  const uint16_t sorted[] = {'a', 0x316, 0x301, 0xD800, 0x316, 0x301};
+  EXPECT_TRUE(std::equal(mixed, mixed + 6, sorted));
 }
 
 }  // namespace
