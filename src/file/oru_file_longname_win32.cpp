@@ -17,15 +17,15 @@ namespace {
 enum class WhenNotFound { kFail, kKeepAsWritten };
 
 // The length of the prefix that is copied as it stands: "X:", or
-// "\\server\share" without the separator after it (the whole text for a
-// bare "\\server").
+// "\\server\share" without the separator after it (all of a shorter UNC
+// text).  Separators are backslashes by now.
 size_t kept_prefix(const std::string& path) {
   if (path.size() >= 2 && is_ascii_letter(path[0]) && path[1] == ':') return 2;
   if (path.size() >= 2 && path[0] == '\\' && path[1] == '\\') {
-    ptrdiff_t root = root_end(path.data(), path.size());
-    if (root < 0) return path.size();
-    size_t end = static_cast<size_t>(root);
-    return end > 0 && is_separator(path[end - 1]) ? end - 1 : end;
+    size_t server = path.find('\\', 2);
+    if (server == std::string::npos || server == 2) return path.size();
+    size_t share = path.find('\\', server + 1);
+    return share == std::string::npos ? path.size() : share;
   }
   return 0;
 }
