@@ -5,7 +5,6 @@
 #include "file/oru_file_internal.h"
 #include "file/oru_file_win32.h"
 
-#include <atomic>
 #include <cstring>
 #include <new>
 #include <string>
@@ -13,31 +12,6 @@
 namespace oru::file {
 
 namespace {
-
-// Resolved once, without a lock: concurrent first calls look the same names
-// up twice and store the same values.
-struct DynamicEntryPoints {
-  std::atomic<bool> resolved{false};
-  std::atomic<GetLongPathNameFunction> longPathName{nullptr};
-  std::atomic<GetFinalPathNameByHandleFunction> finalPathName{nullptr};
-};
-
-DynamicEntryPoints entry_points;
-
-void resolve() {
-  if (entry_points.resolved.load(std::memory_order_acquire)) return;
-  if (HMODULE kernel = GetModuleHandleA("kernel32.dll")) {
-    // Casting through a plain function pointer type keeps GCC's
-    // -Wcast-function-type quiet: FARPROC has no parameters.
-    auto longPath = reinterpret_cast<GetLongPathNameFunction>(
-        reinterpret_cast<void (*)()>(GetProcAddress(kernel, "GetLongPathNameA")));
-    auto finalPath = reinterpret_cast<GetFinalPathNameByHandleFunction>(
-        reinterpret_cast<void (*)()>(GetProcAddress(kernel, "GetFinalPathNameByHandleA")));
-    entry_points.longPathName.store(longPath, std::memory_order_relaxed);
-    entry_points.finalPathName.store(finalPath, std::memory_order_relaxed);
-  }
-  entry_points.resolved.store(true, std::memory_order_release);
-}
 
 bool begins_with(const char* text, const char* prefix) {
   return std::strncmp(text, prefix, std::strlen(prefix)) == 0;
@@ -87,16 +61,6 @@ oruResult canonical_path(const char* path, char* out, size_t size) {
 }
 
 }  // namespace
-
-GetLongPathNameFunction get_long_path_name() {
-  resolve();
-  return entry_points.longPathName.load(std::memory_order_relaxed);
-}
-
-GetFinalPathNameByHandleFunction get_final_path_name_by_handle() {
-  resolve();
-  return entry_points.finalPathName.load(std::memory_order_relaxed);
-}
 
 oruResult expand_long_name(char* buffer, size_t size) {
   if (!fits_32_bits(size)) return ORU_E_INVALID_ARG;
