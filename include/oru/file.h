@@ -149,7 +149,10 @@ typedef struct oruFileInfo {
  * mask is reset first and each group's bits are set once it is filled; on a
  * failure the mask says what was filled before it.  Symbolic links are
  * followed.  The allocation unit is that of the volume holding the path when
- * it is absolute, and of the current directory's volume when it is not. */
+ * it is absolute, and of the current directory's volume when it is not.  On
+ * Windows the volume query is given an absolute path whole (only a UNC root
+ * without its closing separator gets one), so the path must name a directory:
+ * a file gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruGetFileInfo(const char* path, oruFileInfo* info);
 
 /* Sets the last access and modification times of a file or directory; a

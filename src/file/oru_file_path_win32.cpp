@@ -45,10 +45,15 @@ oruResult canonical_path(const char* path, char* out, size_t size) {
   if (GetFinalPathNameByHandleFunction query = get_final_path_name_by_handle()) {
     if (final_path(query, path, attributes, out, size)) return ORU_OK;
   }
-  std::string full(size, '\0');
-  DWORD length = GetFullPathNameA(path, static_cast<DWORD>(size), full.data(), nullptr);
+  // The scratch buffer needs no more than the full path (the output's size
+  // could be far larger than the memory behind it).
+  DWORD needed = GetFullPathNameA(path, 0, nullptr, nullptr);
+  if (needed == 0) return oru_map_last_win32_error();
+  if (needed - 1 >= size) return ORU_E_BUFFER_TOO_SMALL;
+  std::string full(needed, '\0');
+  DWORD length = GetFullPathNameA(path, needed, full.data(), nullptr);
   if (length == 0) return oru_map_last_win32_error();
-  if (length >= size) return ORU_E_BUFFER_TOO_SMALL;
+  if (length >= size || length >= needed) return ORU_E_BUFFER_TOO_SMALL;
   full.resize(length);
   for (char& c : full) {
     if (c == '/') c = '\\';

@@ -98,6 +98,12 @@ TEST_F(WinNames, FileInfo) {
   ASSERT_EQ(oruGetFileInfo(root_.string().c_str(), &info), ORU_OK);
   EXPECT_EQ(info.mask, 16u);
   EXPECT_EQ(info.blksize, sectors * bytes);
+  // The volume query takes the whole absolute path, which must then name a
+  // directory: a file is an invalid directory name.  The basic group is
+  // filled before that.
+  info.mask = 31;
+  EXPECT_EQ(oruGetFileInfo(f.c_str(), &info), ORU_E_INVALID_ARG);
+  EXPECT_EQ(info.mask, 15u);
   info.mask = ORU_FINFO_BLKSIZE;  // relative: the current directory's volume
   ASSERT_EQ(oruGetFileInfo("anything", &info), ORU_OK);
   EXPECT_EQ(info.mask, 16u);
