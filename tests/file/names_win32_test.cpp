@@ -61,6 +61,15 @@ std::string upper(std::string text) {
   return text;
 }
 
+// A program of the build: they all lie beside the test program (and
+// beside oru.dll), where Windows finds the DLL.
+std::string beside_this_program(const char* name) {
+  char self[MAX_PATH * 4];
+  DWORD length = GetModuleFileNameA(nullptr, self, sizeof self);
+  EXPECT_GT(length, 0u);
+  return (std::filesystem::path(std::string(self, length)).parent_path() / name).string();
+}
+
 std::string hex8(uint32_t value) {
   char text[16];
   std::snprintf(text, sizeof text, "%08x", value);
@@ -263,7 +272,8 @@ TEST_F(WinNames, TempNamesOfAFreshProcessFollowItsId) {
   startup.hStdOutput = out;
   startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
   PROCESS_INFORMATION child = {};
-  std::string command = std::string("\"") + ORU_TEMPNAME_CHILD + "\" \"" + root_.string() + "\"";
+  std::string command =
+      "\"" + beside_this_program(ORU_TEMPNAME_CHILD) + "\" \"" + root_.string() + "\"";
   ASSERT_TRUE(CreateProcessA(nullptr, command.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
                              &startup, &child));
   CloseHandle(out);

@@ -34,6 +34,15 @@ void expect_buffer_rule(Query query, const std::string& text) {
   EXPECT_EQ(query(nullptr, sizeof buf), ORU_E_INVALID_ARG);
 }
 
+// A file of the build: programs and oru.dll all lie beside the test
+// program, where Windows finds the DLL.
+std::filesystem::path beside_this_program(const char* name) {
+  char self[MAX_PATH * 4];
+  DWORD length = GetModuleFileNameA(nullptr, self, sizeof self);
+  EXPECT_GT(length, 0u);
+  return std::filesystem::path(std::string(self, length)).parent_path() / name;
+}
+
 std::string lower(std::string s) {
   for (char& c : s) c = static_cast<char>(std::tolower(static_cast<unsigned char>(c)));
   return s;
@@ -197,10 +206,12 @@ class ProgramCopies : public ::testing::Test {
   // The probe, with the library beside it, copied into `where` as `name`.
   std::string copy_probe(const std::filesystem::path& where, const std::string& name) {
     std::filesystem::create_directories(where);
-    std::filesystem::copy_file(SYSINFO_PROBE, where / name);
-    const std::filesystem::path library = ORU_LIBRARY_PATH;
-    if (!library.empty() && library.extension() == ".dll") {
-      std::filesystem::copy_file(library, where / library.filename());
+    std::filesystem::copy_file(beside_this_program(SYSINFO_PROBE), where / name,
+                               std::filesystem::copy_options::overwrite_existing);
+    const std::filesystem::path library = beside_this_program(ORU_LIBRARY_NAME);
+    if (std::filesystem::exists(library)) {
+      std::filesystem::copy_file(library, where / library.filename(),
+                                 std::filesystem::copy_options::overwrite_existing);
     }
     return (where / name).string();
   }
