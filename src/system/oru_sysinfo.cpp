@@ -1,5 +1,5 @@
-// System information: the architecture and system constants, and the
-// once-computed program facts.
+// System information: the argument checks, the system constants and the
+// once-computed program facts; the platform part answers the rest.
 
 #include "core/oru_internal.h"
 #include "oru/file.h"
