@@ -40,8 +40,8 @@ extern "C" {
 
 /** An open file: the system's handle.  On POSIX systems it is the file
  * descriptor number converted to a pointer, so (oruFile)(intptr_t)fd wraps a
- * descriptor the caller already has (a pipe end, say).  Owned by the library
- * until oruClose. */
+ * descriptor the caller already has (a pipe end, say); on Windows it is the
+ * HANDLE itself.  Owned by the library until oruClose. */
 typedef void* oruFile;
 
 /** @{ */
@@ -74,9 +74,10 @@ typedef void* oruFile;
  * ORU_OPEN_CREATE needs write access, else ORU_E_INVALID_ARG);
  * ORU_OPEN_EXCL alone is ignored.  Files are shared: other handles may read,
  * write and remove the file meanwhile.  A directory gives
- * ORU_E_ACCESS_DENIED, a missing file ORU_E_NOT_FOUND; other system failures
- * their translation.  The handle is not inherited by programs the process
- * starts. */
+ * ORU_E_ACCESS_DENIED, a missing file ORU_E_NOT_FOUND (on Windows
+ * ORU_E_PATH_NOT_FOUND when a directory on the way is missing); other system
+ * failures their translation.  The handle is not inherited by programs the
+ * process starts. */
 ORU_API oruResult oruOpenFile(const char* path, int flags, oruFile* file);
 
 /** Closes a handle.  The system's failure is translated (ORU_E_HANDLE for a
@@ -94,9 +95,10 @@ ORU_API oruResult oruRead(oruFile file, void* buffer, size_t count, size_t* byte
 
 /** Writes count bytes at the file position: all of them, or the call fails.
  * The number written is stored in *bytesWritten when it is not null.  Count
- * and null-buffer rules as oruRead.  (On POSIX systems writing to a pipe
- * whose reader has gone raises SIGPIPE unless the process ignores it; then
- * the result is ORU_E_BROKEN_PIPE.) */
+ * and null-buffer rules as oruRead.  A handle opened without write access
+ * gives ORU_E_HANDLE on POSIX systems, ORU_E_ACCESS_DENIED on Windows.  (On
+ * POSIX systems writing to a pipe whose reader has gone raises SIGPIPE unless
+ * the process ignores it; then the result is ORU_E_BROKEN_PIPE.) */
 ORU_API oruResult oruWrite(oruFile file, const void* buffer, size_t count, size_t* bytesWritten);
 
 /** Moves the file position by offset from origin (ORU_SEEK_SET, _CUR, _END;
@@ -129,7 +131,9 @@ ORU_API oruResult oruSeekAndWrite(oruFile file, uint64_t offset, const void* buf
  * offsets.  Other failures are translated. */
 ORU_API oruResult oruLockFile(oruFile file, int flags, uint64_t offset, uint64_t length);
 /** Releases a lock taken with the same range rules; the exclusive and
- * non-blocking bits are ignored. */
+ * non-blocking bits are ignored.  On Windows the range must be one that was
+ * locked, exactly (unlocking part of a lock, or several locks at once,
+ * fails); on POSIX systems any range may be released. */
 ORU_API oruResult oruUnlockFile(oruFile file, int flags, uint64_t offset, uint64_t length);
 
 /** @{ */
@@ -157,7 +161,10 @@ typedef struct oruFileInfo {
  * mask is reset first and each group's bits are set once it is filled; on a
  * failure the mask says what was filled before it.  Symbolic links are
  * followed.  The allocation unit is that of the volume holding the path when
- * it is absolute, and of the current directory's volume when it is not. */
+ * it is absolute, and of the current directory's volume when it is not.  On
+ * Windows the volume query is given an absolute path whole (only a UNC root
+ * without its closing separator gets one), so the path must name a directory:
+ * a file gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruGetFileInfo(const char* path, oruFileInfo* info);
 
 /** Sets the last access and modification times of a file or directory; a
@@ -168,20 +175,23 @@ ORU_API oruResult oruSetFileTime(const char* path, const oruTimeVal* accessTime,
 
 /** Sets both times of a file to now, creating it (empty) when flags contain
  * ORU_OPEN_CREATE.  The file is opened for writing: a directory fails
- * (ORU_E_IS_DIRECTORY), as does a file the caller may not write. */
+ * (ORU_E_IS_DIRECTORY on POSIX systems; Windows refuses to open it,
+ * ORU_E_ACCESS_DENIED), as does a file the caller may not write. */
 ORU_API oruResult oruTouchFile(const char* path, int flags);
 
 /** Renames a file.  A directory gives ORU_E_IS_DIRECTORY; an existing target
  * is never replaced (ORU_E_EXISTS), and the check and the rename are one
- * step.  A target on another volume gives ORU_E_CROSS_DEVICE. */
+ * step.  A target on another volume gives ORU_E_CROSS_DEVICE on POSIX
+ * systems; Windows moves the file there by copying it. */
 ORU_API oruResult oruMoveFile(const char* oldPath, const char* newPath);
 
 /** Removes a file; a directory gives ORU_E_IS_DIRECTORY. */
 ORU_API oruResult oruRemoveFile(const char* path);
 
-/** @{ */
 /** Creates a directory, or removes an empty one; failures translated.  A
- * directory that is not empty gives ORU_E_DIR_NOT_EMPTY on every platform. */
+ * directory that is not empty gives ORU_E_DIR_NOT_EMPTY on every platform.
+ * Removing a file that is no directory gives ORU_E_PATH_NOT_FOUND on POSIX
+ * systems and ORU_E_INVALID_ARG (an invalid directory name) on Windows. */
 ORU_API oruResult oruCreateDirectory(const char* path);
 ORU_API oruResult oruRemoveDirectory(const char* path);
 /** @} */
@@ -222,11 +232,16 @@ ORU_API oruResult oruGetDirname(const char* path, char* out, size_t size);
 ORU_API oruResult oruGetAbsolutePath(const char* path, char* out, size_t size);
 
 /** The canonical path of an existing file or directory, with links resolved.
- * size of 2^32 or more gives ORU_E_INVALID_ARG; a missing path its
- * translated error. */
+ * On Windows: the system's final path of the file without its "\\?\"
+ * prefix ("\\?\UNC\" becomes "\\"), so with long names in their true
+ * case; where the system has no final-path query, the full path with the
+ * drive letter in upper case and each name as the directory lists it (a UNC
+ * path then only lexically, as oruGetAbsolutePath).  size of 2^32 or more
+ * gives ORU_E_INVALID_ARG; a missing path its translated error. */
 ORU_API oruResult oruGetCanonicalPath(const char* path, char* out, size_t size);
 
-/** The current directory.  size of 2^32 or more gives ORU_E_INVALID_ARG. */
+/** The current directory; on Windows with short (8.3) names expanded to
+ * their long form.  size of 2^32 or more gives ORU_E_INVALID_ARG. */
 ORU_API oruResult oruGetCurrentDirectory(char* out, size_t size);
 
 /** @{ */
@@ -234,12 +249,13 @@ ORU_API oruResult oruGetCurrentDirectory(char* out, size_t size);
  * directory, a separator (unless the directory is empty or ends in one),
  * prefix, 8 lower-case hexadecimal digits and suffix.  directory, prefix and
  * suffix may be null: the directory then comes from the environment variable
- * TMPDIR or else is the system's temporary directory, prefix and suffix are
- * empty.  The digits come from a counter per function that starts at the
- * process id shifted left by 16 and moves on after every name drawn; a name
- * that exists already is skipped.  On POSIX systems the directory is made
- * with mode 0700 and the file with mode 0600.  ORU_E_BUFFER_TOO_SMALL before
- * anything is created when the name cannot fit; other failures translated. */
+ * TMPDIR or else is the system's temporary directory (on Windows the one
+ * GetTempPath names, in long form), prefix and suffix are empty.  The digits
+ * come from a counter per function that starts at the process id shifted left
+ * by 16 and moves on after every name drawn; a name that exists already is
+ * skipped.  On POSIX systems the directory is made with mode 0700 and the
+ * file with mode 0600.  ORU_E_BUFFER_TOO_SMALL before anything is created
+ * when the name cannot fit; other failures translated. */
 ORU_API oruResult oruGetTempDirName(const char* directory, const char* prefix, const char* suffix,
                                     char* out, size_t size);
 ORU_API oruResult oruGetTempFileName(const char* directory, const char* prefix, const char* suffix,
@@ -254,8 +270,9 @@ ORU_API oruResult oruGetTempFileName(const char* directory, const char* prefix, 
 typedef struct oruDirRecord* oruDir;
 
 /** Opens a directory for reading its names.  A missing path or one that is
- * not a directory gives the translated system error (ORU_E_NOT_FOUND,
- * ORU_E_PATH_NOT_FOUND); no memory: ORU_E_OUT_OF_MEMORY. */
+ * not a directory gives the translated system error (POSIX systems:
+ * ORU_E_NOT_FOUND, ORU_E_PATH_NOT_FOUND; Windows: ORU_E_PATH_NOT_FOUND,
+ * ORU_E_INVALID_ARG); no memory: ORU_E_OUT_OF_MEMORY. */
 ORU_API oruResult oruOpenDir(const char* path, oruDir* dir);
 
 /** The next name, in the system's order, without "." and "..".  Returns

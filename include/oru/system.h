@@ -24,14 +24,18 @@ extern "C" {
 #define ORU_SYSTEM_TYPE_WINDOWS 2 /**< Windows */
 /** @} */
 
-/** The computer's name, lower-cased byte by byte (ASCII letters only, so the
- * answer does not depend on the locale).  On POSIX systems this is the node
- * name that uname() reports.  A size that does not fit in 32 bits gives
+/** The computer's name, lower-cased byte by byte.  On POSIX systems this is
+ * the node name that uname() reports, with ASCII letters lower-cased (so the
+ * answer does not depend on the locale); on Windows the name GetComputerNameA
+ * reports, lower-cased with the C runtime's tolower (the same in the default
+ * "C" locale).  A size that does not fit in 32 bits gives
  * ORU_E_INVALID_ARG; a failing system call its translated error. */
 ORU_API oruResult oruGetHostname(char* buf, size_t size);
 
 /** The domain of the account the process runs as (its effective user), not a
- * network name.  Windows answers the computer's name for a local account.
+ * network name.  Windows answers the domain the account database names for
+ * the user (LookupAccountNameA): the computer's name, as the system spells
+ * it, for a local account.
  * POSIX systems answer:
  *   - for an account name written "user@domain" (directory services such as
  *     SSSD with fully-qualified names), the text after the last '@';
@@ -50,7 +54,8 @@ ORU_API oruResult oruGetDomainname(char* buf, size_t size);
  * "alpha" or "ppc" (32-bit PowerPC), and "unknown" for every other
  * architecture, x86-64 and AArch64 included.  The name describes the
  * architecture this build of the library runs as (a 32-bit x86 build on a
- * 64-bit processor answers "i386"). */
+ * 64-bit processor answers "i386"); on Windows it is the one GetSystemInfo
+ * reports to the process. */
 ORU_API oruResult oruGetArchitecture(char* buf, size_t size);
 
 /** The name of the system family this build targets: "Windows" for Windows
@@ -69,21 +74,30 @@ ORU_API int oruGetSystemType(void);
  * once and never changing afterwards; "<unknown>" when the system cannot
  * tell.  The text is owned by the library and never freed.  On Linux the
  * record names the file after symbolic links are resolved, so a program
- * started through a link reports the name of the file it runs from. */
+ * started through a link reports the name of the file it runs from.  On
+ * Windows the record is the module file name of the executable, with its
+ * extension (".exe") and spelled as the program was started (a program
+ * started by its short 8.3 name may report that name). */
 ORU_API const char* oruGetProgramName(void);
 
 /** The full path of the running executable (from the same record, which on
- * POSIX systems is already absolute and free of links), computed once; null
- * when the system cannot tell (then it is asked again on the next call).
- * Owned by the library and never freed. */
+ * POSIX systems is already absolute and free of links; on Windows with short
+ * names expanded to their long form), computed once; null when the system
+ * cannot tell (then it is asked again on the next call).  Owned by the
+ * library and never freed. */
 ORU_API const char* oruGetProgramPath(void);
 
-/** Whether the process runs in a remote desktop session (Windows).  On POSIX
- * systems *out is always 0.  ORU_E_INVALID_ARG for a null out. */
+/** Whether the process runs in a remote desktop session: on Windows 1 when
+ * the system has terminal services (see oruIsWindowsTerminalServer) and
+ * GetSystemMetrics(SM_REMOTESESSION) is non-zero.  On POSIX systems *out is
+ * always 0.  ORU_E_INVALID_ARG for a null out; on Windows a failing version
+ * query its translated error. */
 ORU_API oruResult oruIsWTSRemoteSession(int* out);
 
-/** Whether the system is a Windows terminal server.  On POSIX systems *out
- * is always 0.  ORU_E_INVALID_ARG for a null out. */
+/** Whether the system is a Windows terminal server: the terminal-services bit
+ * of the product suite that GetVersionExA reports.  On POSIX systems *out is
+ * always 0.  ORU_E_INVALID_ARG for a null out; on Windows a failing version
+ * query its translated error. */
 ORU_API oruResult oruIsWindowsTerminalServer(int* out);
 
 /*

@@ -1,5 +1,5 @@
-// System information: the architecture and system constants, and the
-// once-computed program facts.
+// System information: the argument checks, the system constants and the
+// once-computed program facts; the platform part answers the rest.
 
 #include "core/oru_internal.h"
 #include "oru/file.h"
@@ -11,21 +11,6 @@
 namespace {
 
 using namespace oru::sysinfo;
-
-// The processor architecture this code runs as.  Only the four historic
-// names exist; every other architecture is "unknown" by definition.
-constexpr const char* kArchitecture =
-#if defined(__i386__) || defined(_M_IX86)
-    "i386";
-#elif defined(__mips__)
-    "mips";
-#elif defined(__alpha__) || defined(_M_ALPHA)
-    "alpha";
-#elif (defined(__powerpc__) || defined(__ppc__)) && !defined(__powerpc64__)
-    "ppc";
-#else
-    "unknown";
-#endif
 
 constexpr const char* kSystemName =
 #if defined(_WIN32)
@@ -39,9 +24,9 @@ constexpr const char* kSystemName =
 #elif defined(__NetBSD__)
     "NetBSD";
 #elif defined(__OpenBSD__)
-        "OpenBSD";
+    "OpenBSD";
 #else
-        "Unix";
+    "Unix";
 #endif
 
 // "<unknown>" lives in the cache as it is, never freed.
@@ -101,43 +86,16 @@ extern "C" {
 
 ORU_API oruResult oruGetHostname(char* buf, size_t size) {
   if (!is_size_in_32_bits(size) || buf == nullptr) return ORU_E_INVALID_ARG;
-  char name[kNameCapacity];
-  oruResult r = node_name(name);
-  if (ORU_FAILED(r)) return r;
-  r = copy_out(name, buf, size);
-  if (ORU_FAILED(r)) return r;
-  for (char* p = buf; *p != '\0'; ++p) {
-    if (*p >= 'A' && *p <= 'Z') *p = static_cast<char>(*p - 'A' + 'a');
-  }
-  return ORU_OK;
+  return host_name(buf, size);
 }
 
 ORU_API oruResult oruGetDomainname(char* buf, size_t size) {
   if (buf == nullptr) return ORU_E_INVALID_ARG;
-  struct request {
-    char* buf;
-    size_t size;
-  } req{buf, size};
-  return with_effective_account(
-      [](const char* account, bool local, void* context) -> oruResult {
-        auto* q = static_cast<request*>(context);
-        char host[kNameCapacity] = "";
-        char nis[kNameCapacity] = "";
-        bool hasNis = false;
-        if (local) {
-          oruResult r = oruGetHostname(host, sizeof host);
-          if (ORU_FAILED(r)) return r;
-        } else {
-          oruResult r = nis_domain_name(nis, &hasNis);
-          if (ORU_FAILED(r)) return r;
-        }
-        return account_domain(account, local, host, hasNis ? nis : nullptr, q->buf, q->size);
-      },
-      &req);
+  return account_domain_name(buf, size);
 }
 
 ORU_API oruResult oruGetArchitecture(char* buf, size_t size) {
-  return copy_out(kArchitecture, buf, size);
+  return copy_out(architecture_name(), buf, size);
 }
 
 ORU_API oruResult oruGetSystemName(char* buf, size_t size) {
@@ -170,12 +128,10 @@ ORU_API const char* oruGetProgramName(void) {
 
 ORU_API const char* oruGetProgramPath(void) {
   if (char* cached = g_programPath.load(std::memory_order_acquire)) return cached;
-  // The system's record is already the full path: there is no short form to
-  // expand here.
   bool outOfMemory = false;
   char* answer = read_executable_path(&outOfMemory);
   if (answer == nullptr) return nullptr;
-  return install(g_programPath, shrink(answer));
+  return install(g_programPath, shrink(long_form(answer)));
 }
 
 }  // extern "C"

@@ -46,6 +46,10 @@ uint32_t executable_path(char* buf, uint32_t size) {
 #endif
 }
 
+// The system's record is already the full path: there are no short names to
+// expand.
+char* long_form(char* path) { return path; }
+
 uint32_t executable_path_from_loader(char* buf, uint32_t size) {
 #if defined(__linux__)
   const char* started = reinterpret_cast<const char*>(getauxval(AT_EXECFN));

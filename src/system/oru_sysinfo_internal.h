@@ -28,6 +28,28 @@ oruResult account_domain(const char* account, bool local, const char* host, cons
 
 // Platform part.
 
+// The computer's name, lower-cased, into buf under the buffer rule.
+oruResult host_name(char* buf, size_t size);
+
+// The domain of the account the process runs as, into buf under the buffer
+// rule.
+oruResult account_domain_name(char* buf, size_t size);
+
+// The name of the processor architecture, a constant text.
+const char* architecture_name();
+
+// The path of the running executable, in the manner of a module-file-name
+// query: copies at most size bytes to buf and returns the length without
+// the terminator; returns size when the path (with its terminator) does not
+// fit, 0 when the system cannot tell.
+uint32_t executable_path(char* buf, uint32_t size);
+
+// The long form of an executable path from read_executable_path: path
+// itself or a replacement from oruMalloc (path is then freed).  Never null.
+char* long_form(char* path);
+
+// POSIX systems only.
+
 // The node name, terminated, in out[kNameCapacity].
 oruResult node_name(char* out);
 
@@ -41,14 +63,9 @@ oruResult nis_domain_name(char* out, bool* present);
 using account_callback = oruResult (*)(const char* account, bool local, void* context);
 oruResult with_effective_account(account_callback callback, void* context);
 
-// The path of the running executable, in the manner of a module-file-name
-// query: copies at most size bytes to buf and returns the length without
-// the terminator; returns size when the path (with its terminator) does not
-// fit, 0 when the system cannot tell.
-uint32_t executable_path(char* buf, uint32_t size);
-
-// The same from the loader's record of the path the program was started
-// with (the fallback when the system's process file system is absent).
+// The executable's path from the loader's record of the path the program
+// was started with (the fallback when the system's process file system is
+// absent).
 uint32_t executable_path_from_loader(char* buf, uint32_t size);
 
 }  // namespace oru::sysinfo

@@ -15,6 +15,21 @@ namespace oru::sysinfo {
 
 namespace {
 
+// The processor architecture this code runs as.  Only the four historic
+// names exist; every other architecture is "unknown" by definition.
+constexpr const char* kArchitecture =
+#if defined(__i386__) || defined(_M_IX86)
+    "i386";
+#elif defined(__mips__)
+    "mips";
+#elif defined(__alpha__) || defined(_M_ALPHA)
+    "alpha";
+#elif (defined(__powerpc__) || defined(__ppc__)) && !defined(__powerpc64__)
+    "ppc";
+#else
+    "unknown";
+#endif
+
 oruResult copy_name(const char* name, char* out) {
   size_t length = std::strlen(name);
   if (length >= kNameCapacity) return ORU_E_NAME_TOO_LONG;
@@ -96,6 +111,45 @@ oruResult with_effective_account(account_callback callback, void* context) {
     return r;
   }
 }
+
+// The node name, lower-cased: ASCII letters only, so that the answer does
+// not depend on the locale.
+oruResult host_name(char* buf, size_t size) {
+  char name[kNameCapacity];
+  oruResult r = node_name(name);
+  if (ORU_FAILED(r)) return r;
+  r = copy_out(name, buf, size);
+  if (ORU_FAILED(r)) return r;
+  for (char* p = buf; *p != '\0'; ++p) {
+    if (*p >= 'A' && *p <= 'Z') *p = static_cast<char>(*p - 'A' + 'a');
+  }
+  return ORU_OK;
+}
+
+oruResult account_domain_name(char* buf, size_t size) {
+  struct request {
+    char* buf;
+    size_t size;
+  } req{buf, size};
+  return with_effective_account(
+      [](const char* account, bool local, void* context) -> oruResult {
+        auto* q = static_cast<request*>(context);
+        char host[kNameCapacity] = "";
+        char nis[kNameCapacity] = "";
+        bool hasNis = false;
+        if (local) {
+          oruResult r = oruGetHostname(host, sizeof host);
+          if (ORU_FAILED(r)) return r;
+        } else {
+          oruResult r = nis_domain_name(nis, &hasNis);
+          if (ORU_FAILED(r)) return r;
+        }
+        return account_domain(account, local, host, hasNis ? nis : nullptr, q->buf, q->size);
+      },
+      &req);
+}
+
+const char* architecture_name() { return kArchitecture; }
 
 }  // namespace oru::sysinfo
 

@@ -30,7 +30,11 @@ TEST(SystemInfoThreads, ConcurrentFirstCallsAgree) {
     EXPECT_EQ(names[i], names[0]);
     EXPECT_EQ(paths[i], paths[0]);
   }
+#if defined(_WIN32)
+  EXPECT_STREQ(names[0], "oru_system_sysinfo_thread_tests.exe");
+#else
   EXPECT_STREQ(names[0], "oru_system_sysinfo_thread_tests");
+#endif
   EXPECT_EQ(oruGetProgramName(), names[0]);
 }
 
