@@ -117,10 +117,23 @@ enum class form : uint8_t {
   gb18030,      // one, two or four bytes
 };
 
+// Bytes a system code page assigns beyond the registered set, which are
+// holes in the set as GNU iconv has it too.
+enum class holes : uint8_t {
+  none,
+  // A byte 0x80-0x9F mapped to the C1 control of the same value: the
+  // Windows and DOS sets have no C1 controls, the system's table only fills
+  // its gaps so.
+  c1,
+  // Code page 874 is TIS-620 with Windows' additions at 0x80-0xA0.
+  tis620,
+};
+
 struct set_form {
   const char* iconvName;
   form kind;
   UINT codePage;
+  holes gaps = holes::none;
 };
 
 // The sets the converter handles, by their iconv names.  Where Windows has
@@ -152,19 +165,19 @@ constexpr set_form kForms[] = {
     {"ISO-8859-9", form::single_byte, 28599},
     {"ISO-8859-13", form::single_byte, 28603},
     {"ISO-8859-15", form::single_byte, 28605},
-    {"WINDOWS-1250", form::single_byte, 1250},
-    {"WINDOWS-1251", form::single_byte, 1251},
-    {"WINDOWS-1252", form::single_byte, 1252},
-    {"WINDOWS-1253", form::single_byte, 1253},
-    {"WINDOWS-1254", form::single_byte, 1254},
-    {"WINDOWS-1255", form::single_byte, 1255},
-    {"WINDOWS-1256", form::single_byte, 1256},
-    {"WINDOWS-1257", form::single_byte, 1257},
-    {"WINDOWS-1258", form::single_byte, 1258},
+    {"WINDOWS-1250", form::single_byte, 1250, holes::c1},
+    {"WINDOWS-1251", form::single_byte, 1251, holes::c1},
+    {"WINDOWS-1252", form::single_byte, 1252, holes::c1},
+    {"WINDOWS-1253", form::single_byte, 1253, holes::c1},
+    {"WINDOWS-1254", form::single_byte, 1254, holes::c1},
+    {"WINDOWS-1255", form::single_byte, 1255, holes::c1},
+    {"WINDOWS-1256", form::single_byte, 1256, holes::c1},
+    {"WINDOWS-1257", form::single_byte, 1257, holes::c1},
+    {"WINDOWS-1258", form::single_byte, 1258, holes::c1},
     {"KOI8-R", form::single_byte, 20866},
     {"KOI8-U", form::single_byte, 21866},
     {"MACINTOSH", form::single_byte, 10000},
-    {"TIS-620", form::single_byte, 874},
+    {"TIS-620", form::single_byte, 874, holes::tis620},
     {"IBM437", form::single_byte, 437},
     {"IBM775", form::single_byte, 775},
     {"IBM850", form::single_byte, 850},
@@ -175,10 +188,10 @@ constexpr set_form kForms[] = {
     {"IBM861", form::single_byte, 861},
     {"IBM862", form::single_byte, 862},
     {"IBM863", form::single_byte, 863},
-    {"IBM864", form::single_byte, 864},
+    {"IBM864", form::single_byte, 864, holes::c1},
     {"IBM865", form::single_byte, 865},
     {"IBM866", form::single_byte, 866},
-    {"IBM869", form::single_byte, 869},
+    {"IBM869", form::single_byte, 869, holes::c1},
     {"IBM037", form::single_byte, 37},
     {"IBM273", form::single_byte, 20273},
     {"IBM277", form::single_byte, 20277},
@@ -268,7 +281,13 @@ bool load_single_byte(converter& c, const set_form& f, bool input) {
   CPINFO info;
   if (!GetCPInfo(f.codePage, &info) || info.MaxCharSize != 1) return false;
   char32_t table[256];
-  for (int b = 0; b < 256; ++b) table[b] = system_decode_byte(f.codePage, static_cast<uint8_t>(b));
+  for (int b = 0; b < 256; ++b) {
+    table[b] = system_decode_byte(f.codePage, static_cast<uint8_t>(b));
+    if ((f.gaps == holes::c1 && b >= 0x80 && b <= 0x9F && table[b] == static_cast<char32_t>(b)) ||
+        (f.gaps == holes::tis620 && b >= 0x80 && b <= 0xA0)) {
+      table[b] = kInvalid;
+    }
+  }
   if (input) {
     std::memcpy(c.decodeTable, table, sizeof table);
   } else {

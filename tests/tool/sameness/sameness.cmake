@@ -39,9 +39,13 @@ function(transcript tool runner out failures_var)
       file(REMOVE ${scratch})
       list(TRANSFORM args REPLACE "^@OUT$" "${scratch}")
     endif()
+    # Files rather than pipes: a helper the program leaves running (such as
+    # Wine's server) would hold a pipe open after the program has ended.
     execute_process(COMMAND ${runner} ${tool} ${args}
       WORKING_DIRECTORY ${script_dir}
-      RESULT_VARIABLE status OUTPUT_VARIABLE stdout ERROR_VARIABLE stderr)
+      RESULT_VARIABLE status OUTPUT_FILE ${WORK_DIR}/stdout.txt ERROR_FILE ${WORK_DIR}/stderr.txt)
+    file(READ ${WORK_DIR}/stdout.txt stdout)
+    file(READ ${WORK_DIR}/stderr.txt stderr)
     string(REPLACE "\r\n" "\n" stdout "${stdout}")
     string(REPLACE "\r\n" "\n" stderr "${stderr}")
     string(APPEND text "$ oru ${shown}\n${stdout}")
