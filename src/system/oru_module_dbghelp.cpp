@@ -21,6 +21,8 @@ using load_fn = DWORD64(WINAPI*)(HANDLE, HANDLE, PCSTR, PCSTR, DWORD64, DWORD, P
                                  DWORD);
 using from_addr_fn = BOOL(WINAPI*)(HANDLE, DWORD64, PDWORD64, PSYMBOL_INFO);
 using line_fn = BOOL(WINAPI*)(HANDLE, DWORD64, PDWORD, PIMAGEHLP_LINE64);
+using module_info_fn = BOOL(WINAPI*)(HANDLE, DWORD64, PIMAGEHLP_MODULE64);
+using unload_fn = BOOL(WINAPI*)(HANDLE, DWORD64);
 
 struct debug_help {
   options_fn setOptions = nullptr;
@@ -28,6 +30,8 @@ struct debug_help {
   load_fn loadModule = nullptr;
   from_addr_fn fromAddress = nullptr;
   line_fn line = nullptr;
+  module_info_fn moduleInfo = nullptr;
+  unload_fn unloadModule = nullptr;
   bool ready = false;
 };
 
@@ -55,8 +59,11 @@ const debug_help& help() {
   g_help.loadModule = bind<load_fn>(module, "SymLoadModuleEx");
   g_help.fromAddress = bind<from_addr_fn>(module, "SymFromAddr");
   g_help.line = bind<line_fn>(module, "SymGetLineFromAddr64");
+  g_help.moduleInfo = bind<module_info_fn>(module, "SymGetModuleInfo64");
+  g_help.unloadModule = bind<unload_fn>(module, "SymUnloadModule64");
   if (g_help.setOptions == nullptr || g_help.initialize == nullptr ||
-      g_help.loadModule == nullptr || g_help.fromAddress == nullptr || g_help.line == nullptr) {
+      g_help.loadModule == nullptr || g_help.fromAddress == nullptr || g_help.line == nullptr ||
+      g_help.moduleInfo == nullptr || g_help.unloadModule == nullptr) {
     return g_help;
   }
   // Names as the module records them (the caller demangles), lines, and
@@ -74,7 +81,15 @@ bool debug_lookup(const module_entry& module, uintptr_t address, debug_answer& a
   bool any = false;
   if (h.ready) {
     HANDLE process = GetCurrentProcess();
-    // Known modules answer 0 with no error; a module is read once.
+    // A module is read once.  What the library knows at this base may be
+    // a module unloaded since, with another now mapped in its place.
+    IMAGEHLP_MODULE64 known{};
+    known.SizeOfStruct = sizeof known;
+    if (h.moduleInfo(process, module.base, &known) &&
+        (known.BaseOfImage != module.base ||
+         lstrcmpiA(known.ImageName, module.path.c_str()) != 0)) {
+      h.unloadModule(process, known.BaseOfImage);
+    }
     h.loadModule(process, nullptr, module.path.c_str(), nullptr, module.base,
                  static_cast<DWORD>(module.size), nullptr, 0);
     alignas(SYMBOL_INFO) unsigned char storage[sizeof(SYMBOL_INFO) + MAX_SYM_NAME];
