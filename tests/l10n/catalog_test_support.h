@@ -4,12 +4,11 @@
 #ifndef ORU_TESTS_L10N_CATALOG_TEST_SUPPORT_H
 #define ORU_TESTS_L10N_CATALOG_TEST_SUPPORT_H
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <random>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,8 +19,14 @@
 class catalog_dir {
  public:
   catalog_dir() {
-    std::string t = (std::filesystem::temp_directory_path() / "oru-catalog-XXXXXX").string();
-    path_ = mkdtemp(t.data()) != nullptr ? t : std::string();
+    // A name of its own: create_directory fails on one that exists.
+    std::random_device seed;
+    std::error_code ec;
+    for (int attempt = 0; attempt < 100 && path_.empty(); ++attempt) {
+      std::filesystem::path p =
+          std::filesystem::temp_directory_path(ec) / ("oru-catalog-" + std::to_string(seed()));
+      if (!ec && std::filesystem::create_directory(p, ec) && !ec) path_ = p.string();
+    }
   }
   ~catalog_dir() {
     std::error_code ec;

@@ -4,7 +4,11 @@
  * becomes a jump. */
 #include <oru/module.h>
 
+#ifdef _WIN32
+#define SAMPLE_API __declspec(dllexport)
+#else
 #define SAMPLE_API __attribute__((visibility("default")))
+#endif
 
 SAMPLE_API int sample_counter = 41;
 
