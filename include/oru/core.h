@@ -119,7 +119,21 @@ typedef int32_t oruResult;
 #define ORU_E_ARG_OUT_OF_RANGE ((oruResult)0x9623002Cu) /**< Argument out of range */
 
 /** Does nothing and returns ORU_OK.  The library initialises every facility
- * on first use; this call only gives callers a formal start-up point. */
+ * on first use; this call only gives callers a formal start-up point.
+ *
+ * Fatal errors.  When the operating system fails the library in a way no
+ * call can report (a lock, event or thread-local slot of the thread module
+ * cannot be created, the reaper thread cannot start), the library shows
+ * "<context>: <system message>" under the caption "Fatal YDA error" and ends
+ * the process with exit code 1.
+ *  - Windows: a message box (MessageBoxA), unless the environment variable
+ *    ORU_FATAL_STDERR is set (to anything) or the process has no interactive
+ *    desktop (its window station is not visible: a service, a session
+ *    without a desktop); then the line
+ *    "Fatal YDA error: <context>: <system message>\n" goes to standard error
+ *    instead.  Test runs set ORU_FATAL_STDERR, so that nothing waits for a
+ *    click.
+ *  - POSIX: that line always goes to standard error. */
 ORU_API oruResult oruInitialize(void);
 
 /** The version of the library, "MAJOR.MINOR.PATCH" (for example "0.1.0").
@@ -147,11 +161,12 @@ ORU_API char* oruStrDup(const char* text);
  *    busy");
  *  - Win32-facility codes (0x8007xxxx, among them ORU_E_INVALID_ARG,
  *    ORU_E_ACCESS_DENIED, ORU_E_OUT_OF_MEMORY and ORU_E_HANDLE): the system's
- *    message, as FormatMessageA gives it on an English Windows, trailing
- *    "\r\n" included ("The parameter is incorrect.\r\n").  Where the system
- *    has no such messages, the library carries the English texts of every
- *    number that _oru_map_win32_error translates, so the same code prints
- *    the same text on every platform; other numbers give "error 0x8007xxxx";
+ *    message, as FormatMessageA gives it (on Windows in the system's
+ *    language), trailing "\r\n" included ("The parameter is incorrect.\r\n"
+ *    on an English Windows).  Where the system has no such messages, the
+ *    library carries the English texts of every number that
+ *    _oru_map_win32_error translates, so the same code prints the same text
+ *    as on an English Windows; other numbers give "error 0x8007xxxx";
  *  - errno-facility codes (0x9622xxxx): strerror's text;
  *  - any other failure code: "error %#08x"; success codes, ORU_OK included:
  *    "unknown result code %#08x". */

@@ -64,8 +64,14 @@ class ThreadTable {
 };
 
 // The calling thread's record, or null.  Read without a lock: each thread
-// writes only its own.
+// writes only its own.  On Windows it lives in a system thread-local slot
+// (TlsAlloc) of the platform file.
+#if defined(_WIN32)
+ThreadData* current_record();
+#else
 extern constinit thread_local ThreadData* t_self ORU_INITIAL_EXEC_TLS;
+inline ThreadData* current_record() { return t_self; }
+#endif
 
 // The module's one-time set-up (locks, key table, fork handlers), and the
 // reaper, which is started again in a forked child on its first use there.

@@ -30,8 +30,6 @@
 
 namespace oru::thread {
 
-constinit thread_local ThreadData* t_self = nullptr;
-
 namespace {
 
 // The start routine's argument, allocated by the creator and freed by the
@@ -58,6 +56,8 @@ struct Module {
 };
 
 Module g_module;
+// The system thread-local slot holding each thread's record.
+DWORD g_self_index = TLS_OUT_OF_INDEXES;
 INIT_ONCE g_init_once = INIT_ONCE_STATIC_INIT;
 std::atomic<bool> g_initialized{false};
 std::atomic<size_t> g_default_stack_size{0};
@@ -180,8 +180,14 @@ DWORD WINAPI reaper(LPVOID) {
   }
 }
 
+void set_current_record(ThreadData* record, const char* context) {
+  if (!TlsSetValue(g_self_index, record)) fatal_last_error(context);
+}
+
 BOOL CALLBACK initialize(PINIT_ONCE, PVOID, PVOID*) {
   Module& m = g_module;
+  g_self_index = TlsAlloc();
+  if (g_self_index == TLS_OUT_OF_INDEXES) fatal_last_error("initialize[oru_thread]: TlsAlloc");
   InitializeCriticalSection(&m.thread_lock);
   InitializeCriticalSection(&m.key_lock);
   InitializeConditionVariable(&m.thread_ended);
@@ -205,7 +211,7 @@ BOOL CALLBACK initialize(PINIT_ONCE, PVOID, PVOID*) {
 
 DWORD WINAPI start_thread(LPVOID argument) {
   auto* start = static_cast<StartBlock*>(argument);
-  t_self = start->record;
+  set_current_record(start->record, "start_thread[oru_thread]: TlsSetValue");
   oruThreadStart routine = start->routine;
   void* arg = start->arg;
   oruFree(start);
@@ -216,6 +222,11 @@ inline uintptr_t handle_of(oruThread thread) { return reinterpret_cast<uintptr_t
 
 }  // namespace
 
+ThreadData* current_record() {
+  if (!g_initialized.load(std::memory_order_acquire)) return nullptr;
+  return static_cast<ThreadData*>(TlsGetValue(g_self_index));
+}
+
 void ensure_initialized() {
   if (g_initialized.load(std::memory_order_acquire)) return;
   InitOnceExecuteOnce(&g_init_once, initialize, nullptr, nullptr);
@@ -225,9 +236,9 @@ void lock_keys() { EnterCriticalSection(&g_module.key_lock); }
 void unlock_keys() { LeaveCriticalSection(&g_module.key_lock); }
 
 ThreadData* get_self() {
-  ThreadData* record = t_self;
-  if (record != nullptr) return record;
   ensure_initialized();
+  ThreadData* record = current_record();
+  if (record != nullptr) return record;
   record = static_cast<ThreadData*>(oruCalloc(1, sizeof(ThreadData)));
   if (record == nullptr) return nullptr;
   HANDLE process = GetCurrentProcess();
@@ -244,7 +255,7 @@ ThreadData* get_self() {
   // Nobody can join an adopted thread: its record goes when it ends.
   thread_detach(record);
   unlock_threads();
-  t_self = record;
+  set_current_record(record, "get_self[oru_thread]: TlsSetValue");
   return record;
 }
 
@@ -318,7 +329,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
       unlock_threads();
       return ORU_E_INVALID_ARG;
     }
-    if (record == t_self) {
+    if (record == current_record()) {
       // Waiting for ourselves would never end.
       unlock_threads();
       return oru_map_posix_error(EDEADLK);

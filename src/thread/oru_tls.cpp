@@ -146,7 +146,7 @@ ORU_API oruResult oruTlsSet(oruTlsKey key, void* value) {
 }
 
 ORU_API void* oruTlsGet(oruTlsKey key) {
-  ThreadData* self = t_self;
+  ThreadData* self = current_record();
   if (self == nullptr) {
     // No record, so no values; just make sure the module is up.
     ensure_initialized();
