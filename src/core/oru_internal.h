@@ -11,8 +11,21 @@
 // so both names are one symbol (one address), not a wrapper.
 #if defined(__ELF__)
 #define ORU_ALIAS(target) __attribute__((alias(#target)))
+#elif defined(_WIN32)
+// PE/COFF: the export table lists both names at one address.  GCC wants the
+// second name's attributes to match its target's (nothrow for C functions).
+#define ORU_ALIAS(target) __attribute__((alias(#target), nothrow))
 #else
 #error "ORU_ALIAS needs a backend for this object format"
+#endif
+
+// Thread-local variables that the library reads on hot paths use the
+// initial-exec model on ELF (no call through __tls_get_addr); elsewhere the
+// compiler's default applies.
+#if defined(__ELF__)
+#define ORU_INITIAL_EXEC_TLS __attribute__((tls_model("initial-exec")))
+#else
+#define ORU_INITIAL_EXEC_TLS
 #endif
 
 // The translators under the names the modules use.

@@ -34,7 +34,14 @@ void complain(const char* format, int option) {
 
 extern "C" {
 
-ORU_API int getopt(int argc, char* const argv[], const char* optstring) noexcept {
+// Declared as the header declares it (noexcept beside glibc's declaration).
+#if defined(__GLIBC__)
+#define ORU_GETOPT_NOEXCEPT noexcept
+#else
+#define ORU_GETOPT_NOEXCEPT
+#endif
+
+ORU_API int getopt(int argc, char* const argv[], const char* optstring) ORU_GETOPT_NOEXCEPT {
   if (argv == nullptr || optstring == nullptr) return -1;
   if (oruOptReset != 0 || *oruOptPlace == '\0') {
     oruOptReset = 0;

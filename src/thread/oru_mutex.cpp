@@ -33,7 +33,7 @@ inline bool single_threaded() {
 }
 
 // 0 until the thread first needs it.
-constinit thread_local uint64_t t_identity __attribute__((tls_model("initial-exec"))) = 0;
+constinit thread_local uint64_t t_identity ORU_INITIAL_EXEC_TLS = 0;
 std::atomic<uint64_t> g_last_identity{0};
 
 [[gnu::noinline]] uint64_t new_identity() {

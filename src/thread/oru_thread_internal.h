@@ -6,9 +6,9 @@
 #ifndef ORU_SRC_THREAD_ORU_THREAD_INTERNAL_H
 #define ORU_SRC_THREAD_ORU_THREAD_INTERNAL_H
 
+#include "core/oru_internal.h"
 #include "oru/thread.h"
 
-#include <pthread.h>
 #include <cstdint>
 
 namespace oru::thread {
@@ -38,9 +38,11 @@ struct ThreadData {
   uint32_t finished;
   uint32_t joining;
   uint32_t ended;
-  unsigned exit_status;     // valid once finished
-  unsigned exit_pending;    // written by the thread itself before it finishes
-  pthread_t system_thread;  // created threads only
+  unsigned exit_status;   // valid once finished
+  unsigned exit_pending;  // written by the thread itself before it finishes
+  // The platform's thread object (a pthread_t, or a Win32 thread HANDLE),
+  // kept and interpreted by the platform file alone.
+  uintptr_t system_thread;
 };
 
 // The thread table: records by handle.  Handles are multiples of 4, so the
@@ -63,7 +65,7 @@ class ThreadTable {
 
 // The calling thread's record, or null.  Read without a lock: each thread
 // writes only its own.
-extern constinit thread_local ThreadData* t_self __attribute__((tls_model("initial-exec")));
+extern constinit thread_local ThreadData* t_self ORU_INITIAL_EXEC_TLS;
 
 // The module's one-time set-up (locks, key table, fork handlers), and the
 // reaper, which is started again in a forked child on its first use there.

@@ -35,10 +35,11 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
+#include <cstring>
 
 namespace oru::thread {
 
-constinit thread_local ThreadData* t_self __attribute__((tls_model("initial-exec"))) = nullptr;
+constinit thread_local ThreadData* t_self ORU_INITIAL_EXEC_TLS = nullptr;
 
 namespace {
 
@@ -79,6 +80,17 @@ std::atomic<size_t> g_default_stack_size{0};
 
 void fatal(int error, const char* context) {
   oru_fatal_error(static_cast<unsigned long>(error), context);
+}
+
+// The record keeps the pthread_t in its platform field.
+static_assert(sizeof(pthread_t) <= sizeof(uintptr_t), "pthread_t does not fit the record");
+inline pthread_t system_thread_of(const ThreadData* record) {
+  pthread_t thread;
+  std::memcpy(&thread, &record->system_thread, sizeof thread);
+  return thread;
+}
+inline void set_system_thread(ThreadData* record, pthread_t thread) {
+  std::memcpy(&record->system_thread, &thread, sizeof thread);
 }
 
 void lock_threads() { pthread_mutex_lock(&g_module.thread_lock); }
@@ -165,7 +177,7 @@ void* reaper(void*) {
     // touches a queued record.
     unlock_threads();
     for (ThreadData* record = batch; record != nullptr; record = record->reap_next) {
-      if (!record->ended) pthread_join(record->system_thread, nullptr);
+      if (!record->ended) pthread_join(system_thread_of(record), nullptr);
     }
     lock_threads();
 
@@ -331,8 +343,9 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
     // Windows rounds a small stack up to its minimum; so do we.
     if (stackSize != 0)
       error = pthread_attr_setstacksize(&attributes, system_stack_size(stackSize));
-    if (error == 0)
-      error = pthread_create(&record->system_thread, &attributes, start_thread, block);
+    pthread_t system_thread;
+    if (error == 0) error = pthread_create(&system_thread, &attributes, start_thread, block);
+    if (error == 0) set_system_thread(record, system_thread);
     pthread_attr_destroy(&attributes);
   }
   if (error != 0) {
@@ -397,7 +410,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   record->joining = 1;
   while (!record->finished) pthread_cond_wait(&g_module.thread_ended, &g_module.thread_lock);
   if (!record->ended) {
-    pthread_t system_thread = record->system_thread;
+    pthread_t system_thread = system_thread_of(record);
     unlock_threads();
     pthread_join(system_thread, nullptr);
     lock_threads();

@@ -1,8 +1,9 @@
 # Fails unless every dynamic symbol the library defines belongs to the public
-# interface: oru..., _oru..., getopt and its variables, Java_tam_oru_...,
-# each carrying the library's symbol version ORU_0.1 as its default version
-# (name@@ORU_0.1), so that references bound to the C library's getopt and
-# optind never resolve to the library's.
+# interface: exactly the names of the export list (EXPORTS, read from the
+# public headers at configure time) plus the Java natives Java_tam_oru_...,
+# each carrying the library's symbol version NODE (ORU_<major>.<minor>) as
+# its default version (name@@NODE), so that references bound to the C
+# library's getopt and optind never resolve to the library's.
 # Names in the library's internal style (oru_ plus lower case) must not leak.
 # Also checks that the byte-order pairs and the tagged allocator names are one
 # symbol under two names, not wrappers.
@@ -11,6 +12,9 @@ execute_process(COMMAND ${NM} -D --defined-only ${LIBRARY}
 if(NOT status EQUAL 0)
   message(FATAL_ERROR "nm failed on ${LIBRARY}")
 endif()
+
+file(STRINGS ${EXPORTS} expected)
+set(found "")
 
 string(REPLACE "\n" ";" lines "${listing}")
 set(bad "")
@@ -29,11 +33,14 @@ foreach(line IN LISTS lines)
     list(APPEND nodes ${name})
     continue()
   endif()
-  if(NOT version STREQUAL "@@ORU_0.1")
+  if(NOT version STREQUAL "@@${NODE}")
     list(APPEND unversioned "${name}${version}")
   endif()
   math(EXPR count "${count} + 1")
   set(address_of_${name} ${address})
+  if(NOT name MATCHES "^Java_tam_oru_")
+    list(APPEND found ${name})
+  endif()
   if(name MATCHES "^oru_")
     list(APPEND bad ${name})
   elseif(NOT name MATCHES "^(oru|_oru|Java_tam_oru_)" AND
@@ -46,12 +53,26 @@ if(bad)
   list(JOIN bad "\n  " text)
   message(FATAL_ERROR "symbols outside the interface:\n  ${text}")
 endif()
-if(NOT nodes STREQUAL "ORU_0.1")
-  message(FATAL_ERROR "version nodes '${nodes}' instead of ORU_0.1 alone")
+set(missing ${expected})
+if(found)
+  list(REMOVE_ITEM missing ${found})
+endif()
+if(missing)
+  list(JOIN missing "\n  " text)
+  message(FATAL_ERROR "in the export list but not exported:\n  ${text}")
+endif()
+set(extra ${found})
+list(REMOVE_ITEM extra ${expected})
+if(extra)
+  list(JOIN extra "\n  " text)
+  message(FATAL_ERROR "exported but not in the export list:\n  ${text}")
+endif()
+if(NOT nodes STREQUAL "${NODE}")
+  message(FATAL_ERROR "version nodes '${nodes}' instead of ${NODE} alone")
 endif()
 if(unversioned)
   list(JOIN unversioned "\n  " text)
-  message(FATAL_ERROR "symbols without the default version ORU_0.1:\n  ${text}")
+  message(FATAL_ERROR "symbols without the default version ${NODE}:\n  ${text}")
 endif()
 foreach(name getopt optarg optind opterr optopt)
   if(NOT DEFINED address_of_${name})

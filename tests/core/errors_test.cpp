@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 #include <cerrno>
 #include <cstdint>
 #include <map>
@@ -67,12 +71,23 @@ TEST(PosixErrors, UnknownNumbersKeepFacility0x1622) {
   EXPECT_EQ(ORU_RESULT_CODE(r), 99u);
 }
 
+#if defined(_WIN32)
+TEST(Win32Errors, LastErrorIsTheThreadsLastError) {
+  SetLastError(ERROR_FILE_NOT_FOUND);
+  EXPECT_EQ(u(_oru_map_last_win32_error()), u(ORU_E_NOT_FOUND));
+  SetLastError(ERROR_INVALID_FUNCTION);
+  EXPECT_EQ(u(_oru_map_last_win32_error()), 0x80070001u);
+  SetLastError(0);
+  EXPECT_EQ(_oru_map_last_win32_error(), ORU_OK);
+}
+#else
 TEST(PosixErrors, LastErrorIsErrno) {
   errno = ENOENT;
   EXPECT_EQ(u(_oru_map_last_win32_error()), u(ORU_E_NOT_FOUND));
   errno = 0;
   EXPECT_EQ(_oru_map_last_win32_error(), ORU_OK);
 }
+#endif
 
 const std::map<uint32_t, oruResult>& win32_table() {
   static const std::map<uint32_t, oruResult> table = {

@@ -4,6 +4,10 @@
 
 #include <gtest/gtest.h>
 
+#if defined(_WIN32)
+#include <windows.h>
+#endif
+
 #include <cerrno>
 #include <string>
 
@@ -13,8 +17,38 @@ namespace {
 // test that only forks would inherit its locks in whatever state they were.
 class FatalErrorDeathTest : public testing::Test {
  protected:
-  void SetUp() override { GTEST_FLAG_SET(death_test_style, "threadsafe"); }
+  void SetUp() override {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+#if defined(_WIN32)
+    // Standard error, not a message box (inherited by the child).
+    SetEnvironmentVariableA("ORU_FATAL_STDERR", "1");
+#endif
+  }
 };
+
+#if defined(_WIN32)
+
+// The numbers are Win32 error numbers here, and the texts the system's (the
+// test run sets ORU_FATAL_STDERR, so the text goes to standard error rather
+// than into a message box).
+TEST_F(FatalErrorDeathTest, WritesCaptionContextAndSystemTextThenExits1) {
+  EXPECT_EXIT(oru_fatal_error(5, "initialize[oru_thread]: CreateThread"),
+              testing::ExitedWithCode(1),
+              "^Fatal YDA error: initialize\\[oru_thread\\]: CreateThread: .+\n$");
+}
+
+TEST_F(FatalErrorDeathTest, AllocationFailureNamesMemory) {
+  EXPECT_EXIT(oru_fatal_error(ORU_FATAL_OUT_OF_MEMORY, "reaper[oru_thread]: calloc"),
+              testing::ExitedWithCode(1),
+              "^Fatal YDA error: reaper\\[oru_thread\\]: calloc: .*memory.*\n$");
+}
+
+TEST_F(FatalErrorDeathTest, NumberWithoutTextIsNamed) {
+  EXPECT_EXIT(oru_fatal_error(0xFFFF, "ctx"), testing::ExitedWithCode(1),
+              "^Fatal YDA error: ctx: error 65535\n$");
+}
+
+#else
 
 TEST_F(FatalErrorDeathTest, WritesCaptionContextAndSystemTextThenExits1) {
   EXPECT_EXIT(oru_fatal_error(EAGAIN, "initialize[oru_thread]: CreateThread"),
@@ -28,6 +62,8 @@ TEST_F(FatalErrorDeathTest, AllocationFailureNamesMemory) {
               testing::ExitedWithCode(1),
               "^Fatal YDA error: reaper\\[oru_thread\\]: calloc: Cannot allocate memory\n$");
 }
+
+#endif  // _WIN32
 
 TEST_F(FatalErrorDeathTest, LongContextIsCutNotOverrun) {
   std::string context(3000, 'x');

@@ -2,7 +2,11 @@
 
 #include <gtest/gtest.h>
 
+#if defined(_WIN32)
+#include <windows.h>
+#else
 #include <pthread.h>
+#endif
 #include <atomic>
 #include <cerrno>
 #include <cstdint>
@@ -132,7 +136,12 @@ TEST(Thread, SelfInACreatedThreadIsItsHandle) {
 
 unsigned exit_early(void*) { oruThreadExit(77); }
 
-unsigned pthread_exit_early(void*) { pthread_exit(nullptr); }
+// Leaves through the system's own call, behind the library's back.
+#if defined(_WIN32)
+unsigned system_exit_early(void*) { ExitThread(0); }
+#else
+unsigned system_exit_early(void*) { pthread_exit(nullptr); }
+#endif
 
 TEST(Thread, LeavingEarlyStillEndsTheThread) {
   oruThread thread = nullptr;
@@ -140,7 +149,7 @@ TEST(Thread, LeavingEarlyStillEndsTheThread) {
   ASSERT_EQ(oruThreadCreate(&thread, 0, 0, exit_early, nullptr), ORU_OK);
   EXPECT_EQ(oruThreadJoin(thread, &status), ORU_OK);
   EXPECT_EQ(status, 77u);
-  ASSERT_EQ(oruThreadCreate(&thread, 0, 0, pthread_exit_early, nullptr), ORU_OK);
+  ASSERT_EQ(oruThreadCreate(&thread, 0, 0, system_exit_early, nullptr), ORU_OK);
   EXPECT_EQ(oruThreadJoin(thread, &status), ORU_OK);
   EXPECT_EQ(status, 0u);
   ASSERT_EQ(oruThreadCreate(&thread, ORU_THREAD_DETACHED, 0, exit_early, nullptr), ORU_OK);
@@ -198,12 +207,19 @@ TEST(Thread, JoinRacingDetachHasExactlyOneWinner) {
 std::atomic<size_t> g_stack_size{0};
 
 unsigned measure_stack(void*) {
-  pthread_attr_t attributes;
   size_t size = 0;
+#if defined(_WIN32)
+  ULONG_PTR low = 0;
+  ULONG_PTR high = 0;
+  GetCurrentThreadStackLimits(&low, &high);
+  size = high - low;
+#else
+  pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) == 0) {
     pthread_attr_getstacksize(&attributes, &size);
     pthread_attr_destroy(&attributes);
   }
+#endif
   g_stack_size = size;
   return 0;
 }

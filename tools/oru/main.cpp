@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "oru_tool.h"
+#include "oru_tool_platform.h"
 
 namespace {
 
@@ -64,6 +65,7 @@ int help(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  oru_prepare_standard_streams();
   if (argc < 2) {
     list_commands(stderr);
     return ORU_EXIT_USAGE;

@@ -12,6 +12,9 @@
 #include "oru_tool.h"
 #include "oru_tool_platform.h"
 
+// Standard streams carry bytes unchanged here already.
+void oru_prepare_standard_streams() {}
+
 oruResult oru_read_chunks(const char* path, oru_chunk_sink& sink) {
   const bool is_stdin = std::strcmp(path, "-") == 0;
   int fd = is_stdin ? STDIN_FILENO : ::open(path, O_RDONLY | O_CLOEXEC);

@@ -1,0 +1,67 @@
+# Fails unless oru.dll exports exactly the names of the library's export list
+# (EXPORTS, one name a line, read from the public headers at configure time),
+# as objdump -p shows its export table.  Also checks that the byte-order pairs
+# and the tagged allocator names are one function under two names (the same
+# address), not wrappers.
+cmake_policy(VERSION 3.25)
+execute_process(COMMAND ${OBJDUMP} -p ${LIBRARY}
+  OUTPUT_VARIABLE listing RESULT_VARIABLE status)
+if(NOT status EQUAL 0)
+  message(FATAL_ERROR "objdump -p failed on ${LIBRARY}")
+endif()
+file(STRINGS ${EXPORTS} expected)
+
+string(REPLACE "\n" ";" lines "${listing}")
+set(section "")
+set(names "")
+foreach(line IN LISTS lines)
+  if(line MATCHES "^Export Address Table")
+    set(section address-table)
+    continue()
+  elseif(line MATCHES "^\\[Ordinal/Name Pointer\\] Table")
+    set(section name-table)
+    continue()
+  elseif(line STREQUAL "")
+    set(section "")
+    continue()
+  endif()
+  if(section STREQUAL "address-table" AND line MATCHES "^\t\\[ *([0-9]+)\\] \\+base\\[ *[0-9]+\\] +([0-9a-f]+) ")
+    set(rva_${CMAKE_MATCH_1} ${CMAKE_MATCH_2})
+  elseif(section STREQUAL "name-table" AND line MATCHES "^\t\\[ *([0-9]+)\\] ([^ ]+)$")
+    list(APPEND names ${CMAKE_MATCH_2})
+    set(address_of_${CMAKE_MATCH_2} "${rva_${CMAKE_MATCH_1}}")
+  endif()
+endforeach()
+
+set(missing ${expected})
+list(REMOVE_ITEM missing ${names})
+set(extra ${names})
+list(REMOVE_ITEM extra ${expected})
+if(missing)
+  list(JOIN missing "\n  " text)
+  message(FATAL_ERROR "in the export list but not exported:\n  ${text}")
+endif()
+if(extra)
+  list(JOIN extra "\n  " text)
+  message(FATAL_ERROR "exported but not in the export list:\n  ${text}")
+endif()
+list(LENGTH names count)
+if(count LESS 10)
+  message(FATAL_ERROR "only ${count} exports: is the export list broken?")
+endif()
+
+foreach(pair
+    oruBE2Host16:oruHost2BE16 oruBE2Host32:oruHost2BE32 oruBE2Host64:oruHost2BE64
+    oruLE2Host16:oruHost2LE16 oruLE2Host32:oruHost2LE32 oruLE2Host64:oruHost2LE64
+    oruMalloc:_oru_malloc_tagged oruCalloc:_oru_calloc_tagged oruFree:_oru_free_tagged)
+  string(REPLACE ":" ";" pair_names ${pair})
+  list(GET pair_names 0 first)
+  list(GET pair_names 1 second)
+  if(NOT address_of_${first} OR NOT address_of_${first} STREQUAL address_of_${second})
+    message(FATAL_ERROR "${second} (${address_of_${second}}) is not an alias of ${first} (${address_of_${first}})")
+  endif()
+endforeach()
+if(address_of_oruRealloc STREQUAL address_of__oru_realloc_tagged)
+  message(FATAL_ERROR "_oru_realloc_tagged must differ from oruRealloc")
+endif()
+message(STATUS "${count} exports, exactly the export list")
