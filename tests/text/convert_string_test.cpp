@@ -143,6 +143,35 @@ TEST(ConvertString, ArgumentsAndDefaultAllocator) {
             ORU_E_INVALID_ARG);
 }
 
+// Equal names copy the input; the copy ends in two zero bytes like every
+// converted result (a UTF-16 caller reads a 16-bit terminator).
+TEST(ConvertString, CopyEndsInTwoZeroBytes) {
+  static size_t asked;
+  oruReallocFn recording = [](void* p, size_t n) -> void* {
+    if (n == 0) {
+      std::free(p);
+      return nullptr;
+    }
+    asked = n;
+    return std::realloc(p, n);
+  };
+  for (const std::string& text : {std::string(), std::string("ab"), std::string("a\0b", 3)}) {
+    char* out = nullptr;
+    size_t outLen = 0;
+    asked = 0;
+    ASSERT_EQ(oruConvertString(text.data(), text.size(), "UTF-16LE", "utf-16le", nullptr, &outLen,
+                               recording, &out),
+              ORU_OK);
+    EXPECT_EQ(outLen, text.size());
+    EXPECT_GE(asked, text.size() + 2) << text.size();
+    // Up to an embedded NUL, then zero-filled to the end of the block.
+    std::string expect = text.substr(0, text.find('\0'));
+    expect.resize(asked, '\0');
+    EXPECT_EQ(std::string(out, asked), expect);
+    recording(out, 0);
+  }
+}
+
 // Outputs several times the input's size grow the buffer as needed.
 TEST(ConvertString, GrowsToAnySize) {
   std::string latin(5000, '\xE9'), mixed;
