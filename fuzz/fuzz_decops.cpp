@@ -125,7 +125,7 @@ void strings128(const oruDec128& x) {
 // is exact, a buffer one shorter is too small, narrow and wide agree.
 template <typename Fmt, typename FmtW>
 void formats(Fmt fmt, FmtW fmtw, const oruDecNumberFormat& format) {
-  static std::vector<char> big(8192);
+  static std::vector<char> big(16384);  // fixed, grouped, exponent 6111
   size_t len = 0;
   FUZZ_CHECK(fmt(&format, big.data(), big.size(), &len) == ORU_OK);
   FUZZ_CHECK(len == std::strlen(big.data()));
