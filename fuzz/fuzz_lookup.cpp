@@ -146,8 +146,9 @@ void check_getopt(std::vector<std::string>& args, const std::string& optstring) 
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FuzzedDataProvider in(data, size);
-  const std::string a = in.ConsumeRandomLengthString(80);
-  const std::string b = in.ConsumeRandomLengthString(16);
+  // The functions see C strings: up to the first NUL.
+  const std::string a = in.ConsumeRandomLengthString(80).c_str();
+  const std::string b = in.ConsumeRandomLengthString(16).c_str();
 
   check_charset(a);
   check_native_locale(a, in.ConsumeIntegralInRange<size_t>(0, 40));
