@@ -172,6 +172,33 @@ TEST(ConvertString, CopyEndsInTwoZeroBytes) {
   }
 }
 
+// The cached codecs start every conversion afresh: a byte-order mark read
+// or written by one conversion does not change the next one.
+TEST(ConvertString, ByteOrderMarksDoNotCarryOver) {
+  auto convert = [](const std::string& in, const char* from, const char* to) {
+    char* out = nullptr;
+    size_t outLen = 0;
+    EXPECT_EQ(oruConvertString(in.data(), in.size(), from, to, nullptr, &outLen, nullptr, &out),
+              ORU_OK)
+        << from << " " << to;
+    std::string result = out != nullptr ? std::string(out, outLen) : std::string("(failed)");
+    oruFree(out);
+    return result;
+  };
+  for (const char* set : {"UTF-16", "UTF-32"}) {
+    const bool wide = std::string(set) == "UTF-32";
+    const std::string plain = wide ? std::string("A\0\0\0", 4) : std::string("A\0", 2);
+    const std::string bigEndian =
+        wide ? std::string("\0\0\xFE\xFF\0\0\0B", 8) : std::string("\xFE\xFF\0B", 4);
+    const std::string first = convert(plain, set, "UTF-8");
+    EXPECT_EQ(convert(bigEndian, set, "UTF-8"), "B") << set;
+    EXPECT_EQ(convert(plain, set, "UTF-8"), first) << set;
+    // Every output of the same input is the same, mark included.
+    const std::string encoded = convert("xy", "UTF-8", set);
+    EXPECT_EQ(convert("xy", "UTF-8", set), encoded) << set;
+  }
+}
+
 // Outputs several times the input's size grow the buffer as needed.
 TEST(ConvertString, GrowsToAnySize) {
   std::string latin(5000, '\xE9'), mixed;
