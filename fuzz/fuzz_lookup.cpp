@@ -114,8 +114,11 @@ void check_getopt(std::vector<std::string>& args, const std::string& optstring) 
   const int argc = static_cast<int>(args.size());
   opterr = 0;
   optind = 1;
-  for (int steps = 0;; ++steps) {
-    FUZZ_CHECK(steps <= 4 * 64 + 4);
+  // Every call but the last consumes an option character or an argument.
+  size_t bound = args.size() + 1;
+  for (const std::string& a : args) bound += a.size();
+  for (size_t steps = 0;; ++steps) {
+    FUZZ_CHECK(steps <= bound);
     int c = getopt(argc, argv.data(), optstring.c_str());
     if (c == -1) break;
     FUZZ_CHECK(c >= 0 && c <= 255);
