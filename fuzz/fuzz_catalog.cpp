@@ -6,7 +6,6 @@
 //
 // Input: one selector byte, then the catalog image.
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -23,15 +22,14 @@ constexpr const char* kDomain = "fuzz";
 std::string g_root;  // the temporary directory the catalogs are bound to
 unsigned long g_serial = 0;
 
-void remove_root() {
-  if (!g_root.empty()) oruRemoveDirectory(g_root.c_str());
-}
-
+// Draws a fresh temporary directory name and binds the domain to it.  The
+// directory exists only while an input goes through the real path, so
+// nothing is left behind however the process ends.
 bool setup() {
   char dir[1024];
   if (oruGetTempDirName(nullptr, "oru-fuzz-catalog-", "", dir, sizeof dir) != ORU_OK) return false;
   g_root = dir;
-  std::atexit(remove_root);
+  FUZZ_CHECK(oruRemoveDirectory(dir) == ORU_OK);
   FUZZ_CHECK(oruBindTextDomain(kDomain, dir) != nullptr);
   FUZZ_CHECK(oruSetLocaleParam(ORU_LP_APP_CHARSET, "UTF-8") == ORU_OK);
   return true;
@@ -89,6 +87,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string localeDir = g_root + "/" + locale + ".UTF-8";
   const std::string categoryDir = localeDir + "/LC_MESSAGES";
   const std::string path = categoryDir + "/" + kDomain + ".mo";
+  FUZZ_CHECK(oruCreateDirectory(g_root.c_str()) == ORU_OK);
   FUZZ_CHECK(oruCreateDirectory(localeDir.c_str()) == ORU_OK);
   FUZZ_CHECK(oruCreateDirectory(categoryDir.c_str()) == ORU_OK);
   oruFile f = nullptr;
@@ -111,6 +110,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(oruRemoveFile(path.c_str()) == ORU_OK);
   FUZZ_CHECK(oruRemoveDirectory(categoryDir.c_str()) == ORU_OK);
   FUZZ_CHECK(oruRemoveDirectory(localeDir.c_str()) == ORU_OK);
+  FUZZ_CHECK(oruRemoveDirectory(g_root.c_str()) == ORU_OK);
   // Remembered: the file is gone, the answers stay.
   for (size_t k = 0; k < ids.size() && k < 8; ++k) {
     const char* msgid = ids[k].c_str();
