@@ -54,7 +54,7 @@ case "${1:-}" in
     done
     ;;
   "" | -h | --help)
-    sed -n '2,17p' "$0" | sed 's/^# \{0,1\}//'
+    sed -n '2,16p' "$0" | sed 's/^# \{0,1\}//'
     echo "targets: ${targets[*]}"
     ;;
   *)
