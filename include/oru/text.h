@@ -133,7 +133,8 @@ ORU_API oruResult oruOpenTextCodec(const char* fromName, const char* toName,
 /** Closes and frees a codec.  ORU_OK, or ORU_E_INVALID_ARG for NULL. */
 ORU_API oruResult oruCloseTextCodec(oruTextCodec codec);
 
-/** Returns the codec to its initial shift state.  ORU_OK, or
+/** Returns the codec to its initial state: the shift state, and for UTF-16
+ * and UTF-32 the byte order a byte-order mark had chosen.  ORU_OK, or
  * ORU_E_INVALID_ARG for NULL. */
 ORU_API oruResult oruResetTextCodec(oruTextCodec codec);
 

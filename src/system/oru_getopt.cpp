@@ -67,7 +67,13 @@ ORU_API int getopt(int argc, char* const argv[], const char* optstring) ORU_GETO
   const char* letter = optopt == ':' ? nullptr : std::strchr(optstring, optopt);
   if (letter == nullptr) {
     // A lone "-" that is not an option ends the scan and stays in place.
-    if (optopt == '-') return -1;
+    // Inside a cluster ("-a-b") it ends the scan too, and like every end
+    // it leaves the position empty: a new scan (optind = 1, perhaps another
+    // argv) must not go on inside this argument.
+    if (optopt == '-') {
+      oruOptPlace = kEmpty;
+      return -1;
+    }
     if (atEnd) ++optind;
     if (opterr != 0 && optstring[0] != ':') complain("%s: illegal option -- %c\n", optopt);
     return '?';

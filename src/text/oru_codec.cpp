@@ -14,9 +14,30 @@ struct oruTextCodecObject {
   uint32_t fromMIB;
   uint32_t toMIB;
   oru_iconv_t cd;
+  const char* fromIconv;
+  const char* toIconv;
 };
 
 namespace {
+
+// UTF-16 and UTF-32 (MIBenum 1015, 1017) read their byte order from a
+// byte-order mark at the start of the first conversion only, and iconv's
+// reset does not forget it; these codecs are reopened to start afresh.
+bool reads_byte_order_mark(uint32_t mib) { return mib == 1015 || mib == 1017; }
+
+// Returns the codec to its initial state.  Reopening can fail only for
+// want of resources; the old descriptor, reset, is kept then.
+void reset(oruTextCodecObject* codec) {
+  if (reads_byte_order_mark(codec->fromMIB) || reads_byte_order_mark(codec->toMIB)) {
+    oru_iconv_t fresh = nullptr;
+    if (oru_iconv_open(codec->toIconv, codec->fromIconv, &fresh) == 0) {
+      oru_iconv_close(codec->cd);
+      codec->cd = fresh;
+      return;
+    }
+  }
+  oru_iconv(codec->cd, nullptr, nullptr, nullptr, nullptr);
+}
 
 oruResult map_iconv_errno(int err) {
   switch (err) {
@@ -62,6 +83,8 @@ ORU_API oruResult oruOpenTextCodec(const char* fromName, const char* toName,
   codec->fromMIB = static_cast<uint32_t>(from);
   codec->toMIB = static_cast<uint32_t>(to);
   codec->cd = cd;
+  codec->fromIconv = fromIconv;
+  codec->toIconv = toIconv;
   *codecOut = codec;
   return ORU_OK;
 }
@@ -75,14 +98,14 @@ ORU_API oruResult oruCloseTextCodec(oruTextCodec codec) {
 
 ORU_API oruResult oruResetTextCodec(oruTextCodec codec) {
   if (codec == nullptr) return ORU_E_INVALID_ARG;
-  oru_iconv(codec->cd, nullptr, nullptr, nullptr, nullptr);
+  reset(codec);
   return ORU_OK;
 }
 
 ORU_API oruResult oruConvertText2(oruTextCodec codec, const char** inBuf, size_t* inLeft,
                                   char** outBuf, size_t* outLeft, uint32_t flags) {
   if (codec == nullptr) return ORU_E_INVALID_ARG;
-  if (flags & ORU_CONVERT_RESET) oru_iconv(codec->cd, nullptr, nullptr, nullptr, nullptr);
+  if (flags & ORU_CONVERT_RESET) reset(codec);
   int err = oru_iconv(codec->cd, inBuf, inLeft, outBuf, outLeft);
   if (flags & ORU_CONVERT_FLUSH) {
     if (err == EINVAL) return ORU_E_ILLEGAL_SEQUENCE;

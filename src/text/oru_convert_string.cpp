@@ -190,10 +190,13 @@ ORU_API oruResult oruConvertString(const void* src, size_t srcLen, const char* f
   oruReallocFn alloc = reallocFn != nullptr ? reallocFn : default_realloc;
 
   if (same_name(fromName, toName)) {
-    char* copy = static_cast<char*>(alloc(nullptr, srcLen + 1));
+    // Two zero bytes at the end, as behind every converted result.
+    if (srcLen > SIZE_MAX - 2) return ORU_E_OUT_OF_MEMORY;
+    char* copy = static_cast<char*>(alloc(nullptr, srcLen + 2));
     if (copy == nullptr) return ORU_E_OUT_OF_MEMORY;
     if (srcLen != 0) std::strncpy(copy, text, srcLen);
     copy[srcLen] = '\0';
+    copy[srcLen + 1] = '\0';
     if (consumedOut) *consumedOut = srcLen;
     if (outLenOut) *outLenOut = srcLen;
     *out = copy;

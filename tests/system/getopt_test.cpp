@@ -129,16 +129,21 @@ TEST(Getopt, SecondScanAfterTheEnd) {
   EXPECT_EQ(oru_scan("ab:", {"-ba", "-a"}), "b=a a end@3");
 }
 
-TEST(Getopt, DashInsideAClusterEndsTheScanButKeepsThePosition) {
+TEST(Getopt, DashInsideAClusterEndsTheScanAndLeavesNothingBehind) {
   static char a[] = "prog", b[] = "-a-b", c[] = "x";
   static char* argv[] = {a, b, c, nullptr};
   optind = 1;
   EXPECT_EQ(getopt(3, argv, "ab"), 'a');
   EXPECT_EQ(getopt(3, argv, "ab"), -1);
   EXPECT_EQ(optind, 1);
-  // The scan position was left after the '-': the next call goes on there.
-  EXPECT_EQ(getopt(3, argv, "ab"), 'b');
-  EXPECT_EQ(getopt(3, argv, "ab"), -1);
+  // Like every end, it leaves the position empty: a new scan of another
+  // argv starts at its first argument, not inside "-a-b" (whose storage
+  // may be gone by then).
+  static char d[] = "-a", e[] = "y";
+  static char* other[] = {a, d, e, nullptr};
+  optind = 1;
+  EXPECT_EQ(getopt(3, other, "ab"), 'a');
+  EXPECT_EQ(getopt(3, other, "ab"), -1);
   EXPECT_EQ(optind, 2);
   optind = 1;
 }

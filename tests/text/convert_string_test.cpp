@@ -143,6 +143,62 @@ TEST(ConvertString, ArgumentsAndDefaultAllocator) {
             ORU_E_INVALID_ARG);
 }
 
+// Equal names copy the input; the copy ends in two zero bytes like every
+// converted result (a UTF-16 caller reads a 16-bit terminator).
+TEST(ConvertString, CopyEndsInTwoZeroBytes) {
+  static size_t asked;
+  oruReallocFn recording = [](void* p, size_t n) -> void* {
+    if (n == 0) {
+      std::free(p);
+      return nullptr;
+    }
+    asked = n;
+    return std::realloc(p, n);
+  };
+  for (const std::string& text : {std::string(), std::string("ab"), std::string("a\0b", 3)}) {
+    char* out = nullptr;
+    size_t outLen = 0;
+    asked = 0;
+    ASSERT_EQ(oruConvertString(text.data(), text.size(), "UTF-16LE", "utf-16le", nullptr, &outLen,
+                               recording, &out),
+              ORU_OK);
+    EXPECT_EQ(outLen, text.size());
+    EXPECT_GE(asked, text.size() + 2) << text.size();
+    // Up to an embedded NUL, then zero-filled to the end of the block.
+    std::string expect = text.substr(0, text.find('\0'));
+    expect.resize(asked, '\0');
+    EXPECT_EQ(std::string(out, asked), expect);
+    recording(out, 0);
+  }
+}
+
+// The cached codecs start every conversion afresh: a byte-order mark read
+// or written by one conversion does not change the next one.
+TEST(ConvertString, ByteOrderMarksDoNotCarryOver) {
+  auto convert = [](const std::string& in, const char* from, const char* to) {
+    char* out = nullptr;
+    size_t outLen = 0;
+    EXPECT_EQ(oruConvertString(in.data(), in.size(), from, to, nullptr, &outLen, nullptr, &out),
+              ORU_OK)
+        << from << " " << to;
+    std::string result = out != nullptr ? std::string(out, outLen) : std::string("(failed)");
+    oruFree(out);
+    return result;
+  };
+  for (const char* set : {"UTF-16", "UTF-32"}) {
+    const bool wide = std::string(set) == "UTF-32";
+    const std::string plain = wide ? std::string("A\0\0\0", 4) : std::string("A\0", 2);
+    const std::string bigEndian =
+        wide ? std::string("\0\0\xFE\xFF\0\0\0B", 8) : std::string("\xFE\xFF\0B", 4);
+    const std::string first = convert(plain, set, "UTF-8");
+    EXPECT_EQ(convert(bigEndian, set, "UTF-8"), "B") << set;
+    EXPECT_EQ(convert(plain, set, "UTF-8"), first) << set;
+    // Every output of the same input is the same, mark included.
+    const std::string encoded = convert("xy", "UTF-8", set);
+    EXPECT_EQ(convert("xy", "UTF-8", set), encoded) << set;
+  }
+}
+
 // Outputs several times the input's size grow the buffer as needed.
 TEST(ConvertString, GrowsToAnySize) {
   std::string latin(5000, '\xE9'), mixed;
