@@ -188,6 +188,7 @@ ORU_API oruResult oruMoveFile(const char* oldPath, const char* newPath);
 /** Removes a file; a directory gives ORU_E_IS_DIRECTORY. */
 ORU_API oruResult oruRemoveFile(const char* path);
 
+/** @{ */
 /** Creates a directory, or removes an empty one; failures translated.  A
  * directory that is not empty gives ORU_E_DIR_NOT_EMPTY on every platform.
  * Removing a file that is no directory gives ORU_E_PATH_NOT_FOUND on POSIX
@@ -232,12 +233,13 @@ ORU_API oruResult oruGetDirname(const char* path, char* out, size_t size);
 ORU_API oruResult oruGetAbsolutePath(const char* path, char* out, size_t size);
 
 /** The canonical path of an existing file or directory, with links resolved.
- * On Windows: the system's final path of the file without its "\\?\"
- * prefix ("\\?\UNC\" becomes "\\"), so with long names in their true
- * case; where the system has no final-path query, the full path with the
- * drive letter in upper case and each name as the directory lists it (a UNC
- * path then only lexically, as oruGetAbsolutePath).  size of 2^32 or more
- * gives ORU_E_INVALID_ARG; a missing path its translated error. */
+ * On Windows: the system's final path of the file without its
+ * <tt>\\\\?\\</tt> prefix (<tt>\\\\?\\UNC\\</tt> becomes
+ * <tt>\\\\</tt>), so with long names in their true case; where the system
+ * has no final-path query, the full path with the drive letter in upper case
+ * and each name as the directory lists it (a UNC path then only lexically,
+ * as oruGetAbsolutePath).  size of 2^32 or more gives ORU_E_INVALID_ARG; a
+ * missing path its translated error. */
 ORU_API oruResult oruGetCanonicalPath(const char* path, char* out, size_t size);
 
 /** The current directory; on Windows with short (8.3) names expanded to
