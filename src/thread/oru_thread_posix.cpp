@@ -35,7 +35,7 @@
 #include <atomic>
 #include <cerrno>
 #include <cstdlib>
-#include <cstring>
+#include <type_traits>
 
 namespace oru::thread {
 
@@ -83,15 +83,10 @@ void fatal(int error, const char* context) {
 }
 
 // The record keeps the pthread_t in its platform field.
-static_assert(sizeof(pthread_t) <= sizeof(uintptr_t), "pthread_t does not fit the record");
-inline pthread_t system_thread_of(const ThreadData* record) {
-  pthread_t thread;
-  std::memcpy(&thread, &record->system_thread, sizeof thread);
-  return thread;
-}
-inline void set_system_thread(ThreadData* record, pthread_t thread) {
-  std::memcpy(&record->system_thread, &thread, sizeof thread);
-}
+static_assert(std::is_same_v<pthread_t, uintptr_t>,
+              "the record's field must be usable as a pthread_t");
+inline pthread_t system_thread_of(const ThreadData* record) { return record->system_thread; }
+inline pthread_t* system_thread_slot(ThreadData* record) { return &record->system_thread; }
 
 void lock_threads() { pthread_mutex_lock(&g_module.thread_lock); }
 void unlock_threads() { pthread_mutex_unlock(&g_module.thread_lock); }
@@ -343,9 +338,11 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
     // Windows rounds a small stack up to its minimum; so do we.
     if (stackSize != 0)
       error = pthread_attr_setstacksize(&attributes, system_stack_size(stackSize));
-    pthread_t system_thread;
-    if (error == 0) error = pthread_create(&system_thread, &attributes, start_thread, block);
-    if (error == 0) set_system_thread(record, system_thread);
+    // pthread_create must store the id in the record itself, before the new
+    // thread runs: a thread that ends at once is joined by the reaper from
+    // this field, possibly before pthread_create has returned here.
+    if (error == 0)
+      error = pthread_create(system_thread_slot(record), &attributes, start_thread, block);
     pthread_attr_destroy(&attributes);
   }
   if (error != 0) {
