@@ -2,13 +2,14 @@
 //
 // The lock word follows the classic three-state futex mutex: taking it is a
 // compare-and-exchange from 0 to 1; a thread that finds it held marks it 2
-// and sleeps on it (std::atomic::wait, a futex on Linux); releasing it is an
-// exchange to 0, waking one sleeper only when the old value was 2.  The
+// and sleeps on it (a futex on Linux; see oru_word_wait.h); releasing it is
+// an exchange to 0, waking one sleeper only when the old value was 2.  The
 // owner's identity makes it recursive and lets a release by any other thread
 // be refused.
 
 #include "core/oru_internal.h"
 #include "thread/oru_mutex_internal.h"
+#include "thread/oru_word_wait.h"
 
 #include <new>
 
@@ -51,7 +52,7 @@ inline uint64_t identity() {
 [[gnu::noinline]] void lock_contended(oruMutexObject* mutex, uint32_t seen) {
   if (seen != 2) seen = mutex->state.exchange(2, std::memory_order_acquire);
   while (seen != 0) {
-    mutex->state.wait(2, std::memory_order_relaxed);
+    wait_while_equal(mutex->state, 2);
     seen = mutex->state.exchange(2, std::memory_order_acquire);
   }
 }
@@ -91,7 +92,7 @@ oruResult mutex_unlock(oruMutexObject* mutex) {
   if (single_threaded()) {
     mutex->state.store(0, std::memory_order_relaxed);  // nobody can be asleep on it
   } else if (mutex->state.exchange(0, std::memory_order_release) == 2) {
-    mutex->state.notify_one();
+    wake_one_waiter(mutex->state);
   }
   return ORU_OK;
 }
