@@ -97,6 +97,8 @@ unsigned oru_creator(void* arg) {
 }
 
 TEST(ThreadStress, ManyThreadsEndWithExactlyCountedDestructors) {
+  g_ran = g_first_destroyed = g_second_destroyed = g_create_failures = 0;  // repeatable
+  g_all.clear();
   ASSERT_EQ(oruTlsKeyCreate(&g_first_key, count_first), ORU_OK);
   ASSERT_EQ(oruTlsKeyCreate(&g_second_key, count_second), ORU_OK);
   JoinQueue queue;
