@@ -22,6 +22,7 @@
 #include "core/oru_internal.h"
 #include "thread/oru_mutex_internal.h"
 #include "thread/oru_pthread_util.h"
+#include "thread/oru_waiter_queue.h"
 
 #include <cerrno>
 #include <ctime>
@@ -39,10 +40,8 @@ struct Waiter {
 
 struct oruCondVarObject {
   // Threads queued and not yet released; the queue holds exactly these.
-  uint32_t waiters;
+  oru::thread::WaiterQueue<Waiter> queue;
   pthread_mutex_t guard;
-  Waiter* first;
-  Waiter* last;
   // Released threads that have not yet re-entered the guard to leave.  The
   // variable must outlive them, so destroy waits for them (briefly: they are
   // runnable).
@@ -84,38 +83,12 @@ inline oruCondVarObject* object_of(oruCondVar* condVar) {
 
 inline oruMutexObject* mutex_of(oruMutex* mutex) { return mutex != nullptr ? *mutex : nullptr; }
 
-void enqueue(oruCondVarObject* object, Waiter* waiter) {
-  waiter->next = nullptr;
-  waiter->previous = object->last;
-  if (object->last != nullptr) {
-    object->last->next = waiter;
-  } else {
-    object->first = waiter;
-  }
-  object->last = waiter;
-  ++object->waiters;
-}
-
-void unlink(oruCondVarObject* object, Waiter* waiter) {
-  if (waiter->previous != nullptr) {
-    waiter->previous->next = waiter->next;
-  } else {
-    object->first = waiter->next;
-  }
-  if (waiter->next != nullptr) {
-    waiter->next->previous = waiter->previous;
-  } else {
-    object->last = waiter->previous;
-  }
-  --object->waiters;
-}
-
-// Releases the oldest waiter; the guard is held and waiters > 0.
+// Releases the oldest waiter; the guard is held and the queue is not empty.
 oruResult release_one(oruCondVarObject* object) {
-  Waiter* waiter = object->first;
+  Waiter* waiter = object->queue.first;
   int error = pthread_cond_signal(&waiter->wake);
   if (error != 0) return oru_map_posix_error(error);
-  unlink(object, waiter);
+  object->queue.remove(waiter);
   waiter->released = true;
   ++object->leaving;
   return ORU_OK;
@@ -130,7 +103,7 @@ bool leave_queue(oruCondVarObject* object, Waiter* waiter) {
     if (--object->leaving == 0) pthread_cond_broadcast(&object->drained);
     return true;
   }
-  unlink(object, waiter);
+  object->queue.remove(waiter);
   return false;
 }
 
@@ -163,7 +136,7 @@ void on_cancel(void* argument) {
   auto* cancelled = static_cast<CancelledWait*>(argument);
   oruCondVarObject* object = cancelled->object;
   // A signal already meant for this thread must not be lost with it.
-  if (leave_queue(object, cancelled->waiter) && object->waiters > 0) release_one(object);
+  if (leave_queue(object, cancelled->waiter) && !object->queue.empty()) release_one(object);
   pthread_cond_destroy(&cancelled->waiter->wake);
   pthread_mutex_unlock(&object->guard);
   reenter(cancelled->mutex);
@@ -202,7 +175,7 @@ ORU_API oruResult oruCondVarDestroy(oruCondVar* condVar) {
   int error = pthread_mutex_lock(&object->guard);
   if (error != 0) return oru_map_posix_error(error);
   for (;;) {
-    if (object->waiters > 0) {
+    if (!object->queue.empty()) {
       pthread_mutex_unlock(&object->guard);
       return ORU_E_BUSY;
     }
@@ -226,7 +199,7 @@ ORU_API oruResult oruCondVarSignal(oruCondVar* condVar) {
   int error = pthread_mutex_lock(&object->guard);
   if (error != 0) return oru_map_posix_error(error);
   oruResult result = ORU_OK;
-  if (object->waiters > 0) result = release_one(object);
+  if (!object->queue.empty()) result = release_one(object);
   release_guard(object, "oruCondVarSignal: ReleaseMutex");
   return result;
 }
@@ -237,7 +210,7 @@ ORU_API oruResult oruCondVarBroadcast(oruCondVar* condVar) {
   int error = pthread_mutex_lock(&object->guard);
   if (error != 0) return oru_map_posix_error(error);
   oruResult result = ORU_OK;
-  while (object->waiters > 0) {
+  while (!object->queue.empty()) {
     result = release_one(object);
     if (ORU_FAILED(result)) break;
   }
@@ -265,7 +238,7 @@ ORU_API oruResult oruCondVarWait(oruCondVar* condVar, oruMutex* mutex) {
   Waiter waiter = {};
   error = pthread_cond_init(&waiter.wake, waiter_attributes().get());
   if (error == 0) {
-    enqueue(object, &waiter);
+    object->queue.push_back(&waiter);
     CancelledWait cancelled = {object, &waiter, mutex};
     pthread_cleanup_push(on_cancel, &cancelled);
     while (!waiter.released) {
@@ -318,7 +291,7 @@ ORU_API oruResult oruCondVarTimedWait(oruCondVar* condVar, oruMutex* mutex,
   error = pthread_cond_init(&waiter.wake, attributes.get());
   if (error == 0) {
     timespec until = monotonic_deadline(attributes.clock(), remaining);
-    enqueue(object, &waiter);
+    object->queue.push_back(&waiter);
     CancelledWait cancelled = {object, &waiter, mutex};
     pthread_cleanup_push(on_cancel, &cancelled);
     while (!waiter.released) {

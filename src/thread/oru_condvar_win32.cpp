@@ -11,6 +11,7 @@
 
 #include "core/oru_internal.h"
 #include "thread/oru_mutex_internal.h"
+#include "thread/oru_waiter_queue.h"
 
 #include <windows.h>
 
@@ -27,10 +28,8 @@ struct Waiter {
 
 struct oruCondVarObject {
   // Threads queued and not yet released; the queue holds exactly these.
-  uint32_t waiters;
+  oru::thread::WaiterQueue<Waiter> queue;
   CRITICAL_SECTION guard;
-  Waiter* first;
-  Waiter* last;
   // Released threads that have not yet re-entered the guard to leave; the
   // variable must outlive them, so destroy waits for them.
   uint32_t leaving;
@@ -48,35 +47,13 @@ inline oruMutexObject* mutex_of(oruMutex* mutex) { return mutex != nullptr ? *mu
 void enqueue(oruCondVarObject* object, Waiter* waiter) {
   InitializeConditionVariable(&waiter->wake);
   waiter->released = false;
-  waiter->next = nullptr;
-  waiter->previous = object->last;
-  if (object->last != nullptr) {
-    object->last->next = waiter;
-  } else {
-    object->first = waiter;
-  }
-  object->last = waiter;
-  ++object->waiters;
+  object->queue.push_back(waiter);
 }
 
-void unlink(oruCondVarObject* object, Waiter* waiter) {
-  if (waiter->previous != nullptr) {
-    waiter->previous->next = waiter->next;
-  } else {
-    object->first = waiter->next;
-  }
-  if (waiter->next != nullptr) {
-    waiter->next->previous = waiter->previous;
-  } else {
-    object->last = waiter->previous;
-  }
-  --object->waiters;
-}
-
-// Releases the oldest waiter; the guard is held and waiters > 0.
+// Releases the oldest waiter; the guard is held and the queue is not empty.
 void release_one(oruCondVarObject* object) {
-  Waiter* waiter = object->first;
-  unlink(object, waiter);
+  Waiter* waiter = object->queue.first;
+  object->queue.remove(waiter);
   waiter->released = true;
   ++object->leaving;
   WakeConditionVariable(&waiter->wake);
@@ -90,7 +67,7 @@ bool leave_queue(oruCondVarObject* object, Waiter* waiter) {
     if (--object->leaving == 0) WakeAllConditionVariable(&object->drained);
     return true;
   }
-  unlink(object, waiter);
+  object->queue.remove(waiter);
   return false;
 }
 
@@ -119,7 +96,7 @@ ORU_API oruResult oruCondVarDestroy(oruCondVar* condVar) {
   if (object == nullptr) return ORU_OK;
   EnterCriticalSection(&object->guard);
   for (;;) {
-    if (object->waiters > 0) {
+    if (!object->queue.empty()) {
       LeaveCriticalSection(&object->guard);
       return ORU_E_BUSY;
     }
@@ -137,7 +114,7 @@ ORU_API oruResult oruCondVarSignal(oruCondVar* condVar) {
   oruCondVarObject* object = object_of(condVar);
   if (object == nullptr) return ORU_E_INVALID_ARG;
   EnterCriticalSection(&object->guard);
-  if (object->waiters > 0) release_one(object);
+  if (!object->queue.empty()) release_one(object);
   LeaveCriticalSection(&object->guard);
   return ORU_OK;
 }
@@ -146,7 +123,7 @@ ORU_API oruResult oruCondVarBroadcast(oruCondVar* condVar) {
   oruCondVarObject* object = object_of(condVar);
   if (object == nullptr) return ORU_E_INVALID_ARG;
   EnterCriticalSection(&object->guard);
-  while (object->waiters > 0) release_one(object);
+  while (!object->queue.empty()) release_one(object);
   LeaveCriticalSection(&object->guard);
   return ORU_OK;
 }
