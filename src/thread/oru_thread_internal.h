@@ -73,6 +73,46 @@ extern constinit thread_local ThreadData* t_self ORU_INITIAL_EXEC_TLS;
 inline ThreadData* current_record() { return t_self; }
 #endif
 
+// The start routine's argument, allocated by the creator and freed by the
+// new thread, which runs the routine only once record has been filled in.
+struct StartBlock {
+  oruThreadStart routine;
+  void* arg;
+  ThreadData* record;
+};
+
+// What oruThreadCreate has prepared before the platform starts the thread.
+struct NewThread {
+  StartBlock* block;
+  ThreadData* record;
+  size_t stack_size;  // the caller's, or the default; 0 for the system's
+};
+
+// oruThreadCreate's checks and allocations, common to the platforms:
+// ORU_E_INVALID_ARG for a null slot or routine, ORU_E_OUT_OF_MEMORY.
+oruResult prepare_new_thread(oruThread* thread, oruThreadStart start, void* arg, size_t stackSize,
+                             NewThread* prepared);
+// Frees what prepare_new_thread allocated, when the thread did not start.
+void discard_new_thread(NewThread* prepared);
+
+// Gives a record the next handle and enters it in the table; thread lock
+// held.  Handles are multiples of 4 and never reused.
+void enter_record(ThreadData* record);
+// The same for the record of a thread the library did not create, which
+// nobody can join: it goes to the reaper at once.  Takes the thread lock.
+void enter_adopted_record(ThreadData* record);
+// The table of every known thread's record; thread lock held.
+ThreadTable& thread_table();
+
+// Provided by the platform file:
+// Whether the module has been set up; no handle is known before.
+bool threads_initialized();
+// The thread lock.
+void lock_threads();
+void unlock_threads();
+// Hands a record to the reaper, which releases it once its thread has
+// ended and no joiner holds it; thread lock held.
+void thread_detach(ThreadData* record);
 // The module's one-time set-up (locks, key table, fork handlers), and the
 // reaper, which is started again in a forked child on its first use there.
 void ensure_initialized();

@@ -43,16 +43,6 @@ constinit thread_local ThreadData* t_self ORU_INITIAL_EXEC_TLS = nullptr;
 
 namespace {
 
-// The start routine's argument, allocated by the creator and freed by the
-// new thread.  record stays null until the creator has entered the record in
-// the table: the new thread waits for it (the stand-in for starting the
-// thread suspended).
-struct StartBlock {
-  oruThreadStart routine;
-  void* arg;
-  ThreadData* record;
-};
-
 // What the reaper and the destructors it runs may use; the system's own
 // share of a stack comes on top (see system_stack_size).
 constexpr size_t kReaperStackSize = 0x20000;
@@ -67,8 +57,6 @@ struct Module {
   // the thread finishes, whichever way it leaves.
   pthread_key_t end_key;
   ThreadData* reaper_queue;  // finished and handed over, not yet taken
-  uintptr_t last_handle;
-  ThreadTable table;
 };
 
 Module g_module;
@@ -76,7 +64,6 @@ pthread_once_t g_init_once = PTHREAD_ONCE_INIT;
 std::atomic<bool> g_initialized{false};
 // Whether this process has its reaper; cleared in a forked child.
 std::atomic<bool> g_reaper_running{false};
-std::atomic<size_t> g_default_stack_size{0};
 
 void fatal(int error, const char* context) {
   oru_fatal_error(static_cast<unsigned long>(error), context);
@@ -87,14 +74,6 @@ static_assert(std::is_same_v<pthread_t, uintptr_t>,
               "the record's field must be usable as a pthread_t");
 inline pthread_t system_thread_of(const ThreadData* record) { return record->system_thread; }
 inline pthread_t* system_thread_slot(ThreadData* record) { return &record->system_thread; }
-
-void lock_threads() { pthread_mutex_lock(&g_module.thread_lock); }
-void unlock_threads() { pthread_mutex_unlock(&g_module.thread_lock); }
-
-uintptr_t new_handle() {
-  g_module.last_handle += 4;
-  return g_module.last_handle;
-}
 
 void queue_for_reaper(ThreadData* record) {
   record->reap_next = g_module.reaper_queue;
@@ -107,13 +86,6 @@ void queue_for_reaper(ThreadData* record) {
 // finished, and not being collected by a joiner.  Thread lock held.
 void release_when_ready(ThreadData* record) {
   if (record->detached && record->finished && !record->joining) queue_for_reaper(record);
-}
-
-// Hands a record to the reaper; thread lock held.  It is released once its
-// thread has finished, which may already be the case.
-void thread_detach(ThreadData* record) {
-  record->detached = 1;
-  release_when_ready(record);
 }
 
 // Whether the calling thread has been detached with the raw pthread call.
@@ -148,7 +120,7 @@ void on_thread_exit(void* value) {
 
 // Releases a record; called by the reaper with the thread lock held.
 void delete_thread_data(ThreadData* record) {
-  if (!g_module.table.remove(record)) std::abort();
+  if (!thread_table().remove(record)) std::abort();
   lock_keys();
   if (record->tls_count > tls_key_capacity()) std::abort();
   tls_run_destructors(record);
@@ -227,7 +199,7 @@ void after_fork_in_child() {
   if (error == 0) error = pthread_cond_init(&m.start_gate, nullptr);
   if (error != 0) fatal(error, "after_fork[oru_thread]: CreateEvent");
   m.reaper_queue = nullptr;
-  ThreadData* gone = m.table.remove_all_except(t_self);
+  ThreadData* gone = thread_table().remove_all_except(t_self);
   while (gone != nullptr) {
     ThreadData* record = gone;
     gone = record->next;
@@ -280,6 +252,18 @@ inline uintptr_t handle_of(oruThread thread) { return reinterpret_cast<uintptr_t
 
 }  // namespace
 
+bool threads_initialized() { return g_initialized.load(std::memory_order_acquire); }
+
+void lock_threads() { pthread_mutex_lock(&g_module.thread_lock); }
+void unlock_threads() { pthread_mutex_unlock(&g_module.thread_lock); }
+
+// The record is released once its thread has finished, which may already be
+// the case.
+void thread_detach(ThreadData* record) {
+  record->detached = 1;
+  release_when_ready(record);
+}
+
 void ensure_initialized() {
   if (g_reaper_running.load(std::memory_order_acquire)) return;
   pthread_once(&g_init_once, initialize);
@@ -298,12 +282,7 @@ ThreadData* get_self() {
   record = static_cast<ThreadData*>(oruCalloc(1, sizeof(ThreadData)));
   if (record == nullptr) return nullptr;
   record->id = kAdoptedThreadId;
-  lock_threads();
-  record->handle = new_handle();
-  g_module.table.insert(record);
-  // Nobody can join an adopted thread: its record goes when it ends.
-  thread_detach(record);
-  unlock_threads();
+  enter_adopted_record(record);
   int error = pthread_setspecific(g_module.end_key, record);
   if (error != 0) fatal(error, "get_self[oru_thread]: TlsSetValue");
   t_self = record;
@@ -319,19 +298,13 @@ extern "C" {
 ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize,
                                   oruThreadStart start, void* arg) {
   ensure_initialized();
-  if (thread == nullptr || start == nullptr) return ORU_E_INVALID_ARG;
+  NewThread prepared;
+  oruResult result = prepare_new_thread(thread, start, arg, stackSize, &prepared);
+  if (ORU_FAILED(result)) return result;
+  StartBlock* block = prepared.block;
+  ThreadData* record = prepared.record;
+  stackSize = prepared.stack_size;
 
-  auto* block = static_cast<StartBlock*>(oruCalloc(1, sizeof(StartBlock)));
-  auto* record = static_cast<ThreadData*>(oruCalloc(1, sizeof(ThreadData)));
-  if (block == nullptr || record == nullptr) {
-    oruFree(block);
-    oruFree(record);
-    return ORU_E_OUT_OF_MEMORY;
-  }
-  block->routine = start;
-  block->arg = arg;
-
-  if (stackSize == 0) stackSize = g_default_stack_size.load(std::memory_order_relaxed);
   pthread_attr_t attributes;
   int error = pthread_attr_init(&attributes);
   if (error == 0) {
@@ -346,15 +319,13 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
     pthread_attr_destroy(&attributes);
   }
   if (error != 0) {
-    oruFree(block);
-    oruFree(record);
+    discard_new_thread(&prepared);
     return oru_map_posix_error(error);
   }
 
   lock_threads();
-  uintptr_t handle = new_handle();
-  record->handle = handle;
-  g_module.table.insert(record);
+  enter_record(record);
+  uintptr_t handle = record->handle;
   if ((flags & ORU_THREAD_DETACHED) != 0) thread_detach(record);
   block->record = record;
   error = pthread_cond_broadcast(&g_module.start_gate);
@@ -372,7 +343,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   uintptr_t handle = handle_of(thread);
   CancellationOff no_cancellation;
   lock_threads();
-  ThreadData* record = g_module.table.find(handle);
+  ThreadData* record = thread_table().find(handle);
   if (record == nullptr) {
     unlock_threads();
     return ORU_E_NO_SUCH_PROCESS;
@@ -391,7 +362,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
     // record may be gone after any wake-up, so it is looked up again.
     while (!record->ended) {
       pthread_cond_wait(&g_module.thread_ended, &g_module.thread_lock);
-      record = g_module.table.find(handle);
+      record = thread_table().find(handle);
       if (record == nullptr) {
         unlock_threads();
         return ORU_E_NO_SUCH_PROCESS;
@@ -428,39 +399,11 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   return ORU_OK;
 }
 
-ORU_API oruResult oruThreadDetach(oruThread thread) {
-  if (!g_initialized.load(std::memory_order_acquire)) return ORU_E_NO_SUCH_PROCESS;
-  lock_threads();
-  ThreadData* record = g_module.table.find(handle_of(thread));
-  oruResult result = ORU_OK;
-  if (record == nullptr) {
-    result = ORU_E_NO_SUCH_PROCESS;
-  } else if (record->detached) {
-    result = ORU_E_INVALID_ARG;
-  } else {
-    thread_detach(record);
-  }
-  unlock_threads();
-  return result;
-}
-
 ORU_API void oruThreadExit(unsigned status) {
   // The end_key destructor finishes the record with this status.
   ThreadData* record = t_self;
   if (record != nullptr) record->exit_pending = status;
   pthread_exit(nullptr);
-}
-
-ORU_API oruThread oruThreadSelf(void) {
-  ThreadData* record = get_self();
-  return record != nullptr ? reinterpret_cast<oruThread>(record->handle) : nullptr;
-}
-
-ORU_API int oruThreadEqual(oruThread a, oruThread b) { return a == b ? 1 : 0; }
-
-ORU_API oruResult oruSetDefaultStackSize(size_t size) {
-  g_default_stack_size.store(size, std::memory_order_relaxed);
-  return ORU_OK;
 }
 
 }  // extern "C"

@@ -32,14 +32,6 @@ namespace oru::thread {
 
 namespace {
 
-// The start routine's argument, allocated by the creator and freed by the
-// new thread, which runs only once record has been filled in.
-struct StartBlock {
-  oruThreadStart routine;
-  void* arg;
-  ThreadData* record;
-};
-
 constexpr size_t kReaperStackSize = 0x20000;
 // WaitForMultipleObjects takes at most this many handles; the reaper's own
 // event takes one of them.
@@ -51,8 +43,6 @@ struct Module {
   HANDLE reaper_wake;               // auto-reset: records are queued
   CONDITION_VARIABLE thread_ended;  // a joiner has collected a thread
   ThreadData* reaper_queue;         // handed over, not yet in the wait set
-  uintptr_t last_handle;
-  ThreadTable table;
 };
 
 Module g_module;
@@ -60,22 +50,13 @@ Module g_module;
 DWORD g_self_index = TLS_OUT_OF_INDEXES;
 INIT_ONCE g_init_once = INIT_ONCE_STATIC_INIT;
 std::atomic<bool> g_initialized{false};
-std::atomic<size_t> g_default_stack_size{0};
 
 [[noreturn]] void fatal_last_error(const char* context) {
   oru_fatal_error(GetLastError(), context);
 }
 
-void lock_threads() { EnterCriticalSection(&g_module.thread_lock); }
-void unlock_threads() { LeaveCriticalSection(&g_module.thread_lock); }
-
 HANDLE system_thread_of(const ThreadData* record) {
   return reinterpret_cast<HANDLE>(record->system_thread);
-}
-
-uintptr_t new_handle() {
-  g_module.last_handle += 4;
-  return g_module.last_handle;
 }
 
 void queue_for_reaper(ThreadData* record) {
@@ -84,16 +65,9 @@ void queue_for_reaper(ThreadData* record) {
   if (!SetEvent(g_module.reaper_wake)) fatal_last_error("thread_detach[oru_thread]: SetEvent");
 }
 
-// Hands a record to the reaper; thread lock held.  A record a joiner has
-// claimed goes when the joiner is done with its handle.
-void thread_detach(ThreadData* record) {
-  record->detached = 1;
-  if (!record->joining) queue_for_reaper(record);
-}
-
 // Releases the record of an ended thread; the reaper, thread lock held.
 void delete_thread_data(ThreadData* record) {
-  if (!g_module.table.remove(record)) std::abort();
+  if (!thread_table().remove(record)) std::abort();
   if (!CloseHandle(system_thread_of(record)))
     fatal_last_error("delete_thread_data[oru_thread]: CloseHandle");
   lock_keys();
@@ -222,6 +196,18 @@ inline uintptr_t handle_of(oruThread thread) { return reinterpret_cast<uintptr_t
 
 }  // namespace
 
+bool threads_initialized() { return g_initialized.load(std::memory_order_acquire); }
+
+void lock_threads() { EnterCriticalSection(&g_module.thread_lock); }
+void unlock_threads() { LeaveCriticalSection(&g_module.thread_lock); }
+
+// A record a joiner has claimed goes when the joiner is done with its
+// handle.
+void thread_detach(ThreadData* record) {
+  record->detached = 1;
+  if (!record->joining) queue_for_reaper(record);
+}
+
 ThreadData* current_record() {
   if (!g_initialized.load(std::memory_order_acquire)) return nullptr;
   return static_cast<ThreadData*>(TlsGetValue(g_self_index));
@@ -249,12 +235,7 @@ ThreadData* get_self() {
   }
   record->system_thread = reinterpret_cast<uintptr_t>(thread);
   record->id = kAdoptedThreadId;
-  lock_threads();
-  record->handle = new_handle();
-  g_module.table.insert(record);
-  // Nobody can join an adopted thread: its record goes when it ends.
-  thread_detach(record);
-  unlock_threads();
+  enter_adopted_record(record);
   set_current_record(record, "get_self[oru_thread]: TlsSetValue");
   return record;
 }
@@ -268,19 +249,12 @@ extern "C" {
 ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize,
                                   oruThreadStart start, void* arg) {
   ensure_initialized();
-  if (thread == nullptr || start == nullptr) return ORU_E_INVALID_ARG;
-
-  auto* block = static_cast<StartBlock*>(oruCalloc(1, sizeof(StartBlock)));
-  auto* record = static_cast<ThreadData*>(oruCalloc(1, sizeof(ThreadData)));
-  if (block == nullptr || record == nullptr) {
-    oruFree(block);
-    oruFree(record);
-    return ORU_E_OUT_OF_MEMORY;
-  }
-  block->routine = start;
-  block->arg = arg;
-
-  if (stackSize == 0) stackSize = g_default_stack_size.load(std::memory_order_relaxed);
+  NewThread prepared;
+  oruResult result = prepare_new_thread(thread, start, arg, stackSize, &prepared);
+  if (ORU_FAILED(result)) return result;
+  StartBlock* block = prepared.block;
+  ThreadData* record = prepared.record;
+  stackSize = prepared.stack_size;
   DWORD creation = CREATE_SUSPENDED;
   if (stackSize != 0) {
     stackSize = system_stack_size(stackSize);
@@ -289,18 +263,16 @@ ORU_API oruResult oruThreadCreate(oruThread* thread, int flags, size_t stackSize
   DWORD id = 0;
   HANDLE system = CreateThread(nullptr, stackSize, start_thread, block, creation, &id);
   if (system == nullptr) {
-    oruResult result = oru_map_last_win32_error();
-    oruFree(block);
-    oruFree(record);
+    result = oru_map_last_win32_error();
+    discard_new_thread(&prepared);
     return result;
   }
   record->system_thread = reinterpret_cast<uintptr_t>(system);
   record->id = id;
 
   lock_threads();
-  uintptr_t handle = new_handle();
-  record->handle = handle;
-  g_module.table.insert(record);
+  enter_record(record);
+  uintptr_t handle = record->handle;
   if ((flags & ORU_THREAD_DETACHED) != 0) thread_detach(record);
   block->record = record;
   // Still suspended, so even a detached thread cannot have ended and been
@@ -320,7 +292,7 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   lock_threads();
   ThreadData* record;
   for (;;) {
-    record = g_module.table.find(handle);
+    record = thread_table().find(handle);
     if (record == nullptr) {
       unlock_threads();
       return ORU_E_NO_SUCH_PROCESS;
@@ -373,34 +345,6 @@ ORU_API oruResult oruThreadJoin(oruThread thread, unsigned* exitStatus) {
   return ORU_OK;
 }
 
-ORU_API oruResult oruThreadDetach(oruThread thread) {
-  if (!g_initialized.load(std::memory_order_acquire)) return ORU_E_NO_SUCH_PROCESS;
-  lock_threads();
-  ThreadData* record = g_module.table.find(handle_of(thread));
-  oruResult result = ORU_OK;
-  if (record == nullptr) {
-    result = ORU_E_NO_SUCH_PROCESS;
-  } else if (record->detached) {
-    result = ORU_E_INVALID_ARG;
-  } else {
-    thread_detach(record);
-  }
-  unlock_threads();
-  return result;
-}
-
 ORU_API void oruThreadExit(unsigned status) { ExitThread(status); }
-
-ORU_API oruThread oruThreadSelf(void) {
-  ThreadData* record = get_self();
-  return record != nullptr ? reinterpret_cast<oruThread>(record->handle) : nullptr;
-}
-
-ORU_API int oruThreadEqual(oruThread a, oruThread b) { return a == b ? 1 : 0; }
-
-ORU_API oruResult oruSetDefaultStackSize(size_t size) {
-  g_default_stack_size.store(size, std::memory_order_relaxed);
-  return ORU_OK;
-}
 
 }  // extern "C"
