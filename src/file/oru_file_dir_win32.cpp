@@ -9,19 +9,14 @@
 
 #include <cstring>
 
+using oru::file::hand_out_first_name;
+using oru::file::is_dot_or_dot_dot;
+
 struct oruDirRecord {
   char* pattern;  // the directory, a backslash and "*"
   HANDLE find;
   char* pending;  // the first name until the first read takes it
 };
-
-namespace {
-
-bool is_dot_or_dot_dot(const char* name) {
-  return name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'));
-}
-
-}  // namespace
 
 extern "C" {
 
@@ -60,15 +55,9 @@ ORU_API oruResult oruOpenDir(const char* path, oruDir* dir) {
 ORU_API oruResult oruReadDir(oruDir dir, char* name, size_t size) {
   if (dir == nullptr) return ORU_E_INVALID_ARG;
   if (name == nullptr && size > 0) return ORU_E_INVALID_ARG;
-  if (dir->pending != nullptr) {
-    size_t length = std::strlen(dir->pending);
-    bool copied = length < size;
-    if (copied) std::memcpy(name, dir->pending, length + 1);
-    oruFree(dir->pending);
-    dir->pending = nullptr;
-    // The dot test looks at the buffer even when the name did not fit (it
-    // then holds the caller's text): that is the defined behaviour.
-    if (size == 0 || !is_dot_or_dot_dot(name)) return copied ? ORU_OK : ORU_E_BUFFER_TOO_SMALL;
+  oruResult first;
+  if (dir->pending != nullptr && hand_out_first_name(&dir->pending, name, size, &first)) {
+    return first;
   }
   WIN32_FIND_DATAA found;
   while (FindNextFileA(dir->find, &found)) {

@@ -57,6 +57,13 @@ uint32_t process_id();
 // query should see.
 oruResult volume_allocation_unit(const char* path, uint32_t* unit);
 
+// Directory listings: the names every listing skips.
+bool is_dot_or_dot_dot(const char* name);
+// A listing reads its first name when it is opened; oruReadDir hands it out
+// first.  Frees *pending (and nulls it).  True with *result set when the
+// read ends there; false when the name was "." or ".." and the read goes on.
+bool hand_out_first_name(char** pending, char* name, size_t size, oruResult* result);
+
 }  // namespace oru::file
 
 #endif  // ORU_SRC_FILE_ORU_FILE_INTERNAL_H
